@@ -1,0 +1,41 @@
+# Test registration for both builds.
+#
+# Natively every GoogleTest case becomes its own ctest test.  In the Windows
+# build each test program is one ctest test run through build/winrun, which
+# brings the Wine test bed up (once) and runs the program under wine.
+set(gtest_force_shared_crt ON CACHE BOOL "" FORCE)
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+include(GoogleTest)
+
+if(WIN32)
+  configure_file(${CMAKE_SOURCE_DIR}/scripts/winrun.in ${CMAKE_BINARY_DIR}/winrun @ONLY
+                 FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+  set(VANTR_WINRUN ${CMAKE_BINARY_DIR}/winrun)
+endif()
+
+# vantr_test(NAME name SOURCES ... [LIBS ...] [WINDOWS_ONLY] [TIMEOUT s])
+function(vantr_test)
+  cmake_parse_arguments(T "WINDOWS_ONLY" "NAME;TIMEOUT" "SOURCES;LIBS" ${ARGN})
+  if(T_WINDOWS_ONLY AND NOT WIN32)
+    return()
+  endif()
+  if(NOT T_TIMEOUT)
+    set(T_TIMEOUT 120)
+  endif()
+  add_executable(${T_NAME} ${T_SOURCES})
+  target_compile_options(${T_NAME} PRIVATE ${VANTR_WARNINGS})
+  target_include_directories(${T_NAME} PRIVATE ${VANTR_TEST_INCLUDE})
+  target_link_libraries(${T_NAME} PRIVATE vantr_core GTest::gtest_main ${T_LIBS})
+  if(WIN32)
+    target_link_options(${T_NAME} PRIVATE -static)
+    add_test(NAME ${T_NAME} COMMAND ${VANTR_WINRUN} $<TARGET_FILE:${T_NAME}>)
+    set_tests_properties(${T_NAME} PROPERTIES TIMEOUT ${T_TIMEOUT}
+      FAIL_REGULAR_EXPRESSION "Unhandled (exception|page fault)|\\[  FAILED  \\]"
+      WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+  else()
+    gtest_discover_tests(${T_NAME} PROPERTIES TIMEOUT ${T_TIMEOUT}
+      WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
+  endif()
+endfunction()

@@ -1,0 +1,56 @@
+#include "app/application_win.h"
+
+#include <cstdlib>
+#include <ctime>
+
+#include "app/main_frame_win.h"
+#include "ui/main_dialog_win.h"
+
+namespace vantr {
+
+namespace {
+
+// Interim: the level meters' classes, so that dialog templates naming them load.
+bool registerControlClasses(HINSTANCE instance) {
+  bool ok = true;
+  for (const char* name : {"LDBDisplay", "LDBEdit"}) {
+    WNDCLASSEXA wc{};
+    wc.cbSize = sizeof wc;
+    if (GetClassInfoExA(instance, name, &wc)) continue;
+    wc.cbSize = sizeof wc;
+    wc.style = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
+    wc.lpfnWndProc = DefWindowProcA;
+    wc.hInstance = instance;
+    wc.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
+    wc.lpszClassName = name;
+    ok = RegisterClassExA(&wc) != 0 && ok;
+  }
+  return ok;
+}
+
+}  // namespace
+
+int runMainApplication(HINSTANCE instance, RunMode mode) {
+  // Every time value in the program is the local wall clock counted as if it
+  // were GMT: with this zone the C library's local and UTC conversions agree.
+  _putenv("TZ=GMT0");
+  _tzset();
+
+  registerControlClasses(instance);
+  if (!MainFrame::registerClass(instance)) return 1;
+
+  // The dialog outlives the frame: the frame's destruction closes it.
+  MainDialog dialog(instance);
+  MainFrame frame(instance, mode, dialog);
+  if (!frame.create()) return 1;
+
+  MSG msg;
+  while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+    if (dialog.hwnd() && IsDialogMessageA(dialog.hwnd(), &msg)) continue;
+    TranslateMessage(&msg);
+    DispatchMessageA(&msg);
+  }
+  return static_cast<int>(msg.wParam);
+}
+
+}  // namespace vantr

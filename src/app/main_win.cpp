@@ -1,0 +1,55 @@
+// Program entry: decides from the executable's name and the first argument
+// which application runs, hands a second start to the running copy, and runs
+// the recording system normally, hidden, or as a service.
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+#include "app/app_paths.h"
+#include "app/application_win.h"
+#include "app/messages.h"
+#include "app/service_win.h"
+#include "app/startup_plan.h"
+
+namespace {
+
+HINSTANCE g_instance = nullptr;
+
+int runHiddenForService() { return vantr::runMainApplication(g_instance, vantr::RunMode::Service); }
+
+}  // namespace
+
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE /*previous*/, LPSTR /*commandLine*/, int /*show*/) {
+  using namespace vantr;
+  g_instance = instance;
+  // No system message boxes for a missing disk or an unopenable file: an
+  // unattended machine must never wait for someone to click them away.
+  SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+
+  char exePath[MAX_PATH + 1] = {};
+  GetModuleFileNameA(nullptr, exePath, MAX_PATH);
+  const std::vector<std::string> args(__argv + (__argc > 0 ? 1 : 0), __argv + __argc);
+  const RunMode mode = runModeFor(args);
+
+  // The installer and the uninstaller come with their own issue; until then
+  // every name runs the recording system.
+  HWND running = FindWindowA(kFrameClassName, kFrameTitle);
+  if (running) {
+    // Only one copy ever runs: a second start brings the first to the front
+    // (or leaves it in the background) and ends.
+    PostMessageA(running, kMsgSecondStart, static_cast<WPARAM>(secondStartShowFlag(mode)), 0);
+    return 0;
+  }
+
+  setAppPaths(appPathsFor(exePath));
+
+  if (mode == RunMode::Service) {
+    if (isWindowsNT()) {
+      runServiceDispatcher(&runHiddenForService);
+      return 0;
+    }
+    registerServiceProcess();
+  }
+  return runMainApplication(instance, mode);
+}

@@ -1,0 +1,155 @@
+#include "app/settings.h"
+
+#include <cstdio>
+#include <mutex>
+
+#include "app/app_paths.h"
+#include "app/ini_document.h"
+#include "audio/data/time_position.h"
+#include "base/file.h"
+#include "base/text.h"
+#include "ui/db_level.h"
+
+namespace vantr {
+
+namespace {
+
+// One lock for every ini file: a read-modify-write of one key must not
+// interleave with another thread's, and Windows' own profile functions
+// serialise the same way.
+std::mutex& storeLock() {
+  static std::mutex lock;
+  return lock;
+}
+
+IniDocument load(const std::string& path) {
+  std::string text;
+  if (!readWholeFile(path, text)) return IniDocument();
+  return IniDocument(text);
+}
+
+template <typename Change>
+bool modify(const std::string& path, Change change) {
+  if (path.empty()) return false;
+  std::lock_guard<std::mutex> guard(storeLock());
+  IniDocument doc = load(path);
+  if (!change(doc)) return true;  // nothing to change: the file stays untouched
+  return replaceFileContents(path, doc.text());
+}
+
+}  // namespace
+
+std::string readText(const std::string& path, std::string_view section, std::string_view key,
+                     std::string_view defaultText) {
+  std::lock_guard<std::mutex> guard(storeLock());
+  return profileString(load(path), section, key, defaultText, kMaxSettingText);
+}
+
+bool writeText(const std::string& path, std::string_view section, std::string_view key,
+               std::optional<std::string_view> value) {
+  return modify(path, [&](IniDocument& doc) { return value ? doc.set(section, key, *value) : doc.removeKey(section, key); });
+}
+
+bool deleteSection(const std::string& path, std::string_view section) {
+  return modify(path, [&](IniDocument& doc) { return doc.removeSection(section); });
+}
+
+int32_t readInt(const std::string& path, std::string_view section, std::string_view key, int32_t defaultValue) {
+  return parseLong(readText(path, section, key, std::to_string(defaultValue)));
+}
+
+bool writeInt(const std::string& path, std::string_view section, std::string_view key, int32_t value) {
+  return writeText(path, section, key, std::to_string(value));
+}
+
+bool readBool(const std::string& path, std::string_view section, std::string_view key, bool defaultValue) {
+  return equalsNoCase(readText(path, section, key, defaultValue ? "true" : ""), "true");
+}
+
+bool writeBool(const std::string& path, std::string_view section, std::string_view key, bool value) {
+  return writeText(path, section, key, value ? "true" : "false");
+}
+
+int8_t readLevel(const std::string& path, std::string_view section, std::string_view key, int8_t defaultValue) {
+  return parseLevel(readText(path, section, key, formatLevel(defaultValue)));
+}
+
+bool writeLevel(const std::string& path, std::string_view section, std::string_view key, int8_t value) {
+  return writeText(path, section, key, formatLevel(value));
+}
+
+uint32_t readClockDuration(const std::string& path, std::string_view section, std::string_view key,
+                           uint32_t defaultSeconds) {
+  return parseClockText(readText(path, section, key, formatClockText(defaultSeconds)));
+}
+
+bool writeClockDuration(const std::string& path, std::string_view section, std::string_view key, uint32_t seconds) {
+  return writeText(path, section, key, formatClockText(seconds));
+}
+
+int32_t readRecordDuration(const std::string& path, std::string_view section, std::string_view key,
+                           int32_t defaultDuration) {
+  return parsePosition(readText(path, section, key, formatPosition(defaultDuration, PositionFormat::Milliseconds)));
+}
+
+bool writeRecordDuration(const std::string& path, std::string_view section, std::string_view key, int32_t duration) {
+  return writeText(path, section, key, formatPosition(duration, PositionFormat::Milliseconds));
+}
+
+int32_t readCount(const std::string& path, std::string_view section, std::string_view name) {
+  return readInt(path, section, std::string(name) + "count", 0);
+}
+
+bool writeCount(const std::string& path, std::string_view section, std::string_view name, int32_t count) {
+  return writeInt(path, section, std::string(name) + "count", count);
+}
+
+int32_t nextNumber(const std::string& path, std::string_view section, std::string_view name) {
+  // Read and increment under one hold of the lock, so two threads never get
+  // the same number.
+  const std::string key = std::string(name) + "count";
+  int32_t number = 0;
+  modify(path, [&](IniDocument& doc) {
+    number = parseLong(profileString(doc, section, key, "0", kMaxSettingText));
+    return doc.set(section, key, std::to_string(number + 1));
+  });
+  return number;
+}
+
+void flushSettings(const std::string& /*path*/) {}
+
+uint32_t parseClockText(std::string_view text) {
+  uint32_t fields[3] = {0, 0, 0};
+  int field = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    const char next = i + 1 < text.size() ? text[i + 1] : '\0';
+    const bool nextIsM = next == 'm' || next == 'M';
+    if (c >= '0' && c <= '9') {
+      fields[field] = fields[field] * 10 + static_cast<uint32_t>(c - '0');
+    } else if (c == '.' || c == '\\' || c == ':') {
+      if (field < 2) ++field;
+    } else if ((c == 'p' || c == 'P') && nextIsM) {
+      if (fields[0] < 12) fields[0] += 12;
+      ++i;
+    } else if ((c == 'a' || c == 'A') && nextIsM) {
+      if (fields[0] == 12) fields[0] = 0;
+      ++i;
+    }
+  }
+  return fields[0] * 3600 + fields[1] * 60 + fields[2];
+}
+
+std::string formatClockText(uint32_t seconds) {
+  char text[40];
+  std::snprintf(text, sizeof text, "%.2u:%.2u:%.2u", seconds / 3600, seconds / 60 % 60, seconds % 60);
+  return text;
+}
+
+std::string pathBeside(std::string_view fullPath, std::string_view fileName) {
+  if (fullPath.empty()) return std::string();
+  const SplitPath parts = splitPath(fullPath);
+  return parts.drive + parts.folder + std::string(fileName);
+}
+
+}  // namespace vantr

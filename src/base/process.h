@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+namespace vantr {
+
+unsigned long currentProcessId();
+
+// Name of a fresh temporary file in the same folder as path.
+std::string temporaryNameBeside(const std::string& path);
+
+// Renames from over to, replacing to; true on success. On Windows a reader that
+// holds the target open can make this fail for a moment, so it retries.
+bool renameReplacing(const std::string& from, const std::string& to);
+
+}  // namespace vantr
