@@ -25,7 +25,7 @@ IniDocument::Line IniDocument::parseLine(std::string_view raw) {
     const size_t close = trimmed.rfind(']');
     if (close != std::string_view::npos) {
       line.kind = Kind::Section;
-      line.name = std::string(trimmed.substr(1, close - 1));
+      line.name = std::string(trimIniSpace(trimmed.substr(1, close - 1)));
       return line;
     }
     // No closing bracket: Windows reads the line as a key.

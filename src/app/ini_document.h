@@ -3,7 +3,8 @@
 // everything else stay as they were.
 //
 // Lookups follow Windows' private profile functions: a line is trimmed of
-// blanks; "[name]" (up to the last ']') starts a section; "key = value" is an
+// blanks; "[ name ]" (up to the last ']', blanks inside dropped) starts a
+// section; "key = value" is an
 // entry, name and value trimmed; a line with no '=' is a key with no value.
 // Sections and keys compare without regard to case, and only the first
 // section of a name is searched, for the first key of a name.
@@ -42,7 +43,7 @@ class IniDocument {
   struct Line {
     std::string text;
     Kind kind = Kind::Other;
-    std::string name;   // section name (untrimmed, as Windows keeps it) or key name (trimmed)
+    std::string name;   // section or key name, trimmed
     std::string value;  // trimmed value of an entry
     bool hasValue = false;
   };
