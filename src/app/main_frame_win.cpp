@@ -64,6 +64,16 @@ LRESULT MainFrame::HandleMessage(UINT msg, WPARAM wParam, LPARAM lParam) {
       if (m_dialog.hwnd()) SetFocus(m_dialog.hwnd());
       return 0;
     case WM_QUERYENDSESSION: OnQueryEndSession(lParam); return TRUE;
+    case WM_GETMINMAXINFO: OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO*>(lParam)); return 0;
+    case WM_SIZE:
+      // Maximised anyway (another program's ShowWindow): back to normal.
+      if (wParam == SIZE_MAXIMIZED) PostMessageA(m_hwnd, WM_SYSCOMMAND, SC_RESTORE, 0);
+      return 0;
+    case WM_SYSCOMMAND:
+      // No maximise box is not enough: a maximise or size request can still
+      // come from the system menu's keyboard or from another program.
+      if ((wParam & 0xFFF0) == SC_MAXIMIZE || (wParam & 0xFFF0) == SC_SIZE) return 0;
+      return DefaultProc(msg, wParam, lParam);
     case WM_CLOSE: OnClose(); return 0;
     case WM_DESTROY: OnDestroy(); return 0;
     case kMsgQuit: OnQuit(); return 0;
@@ -108,6 +118,16 @@ void MainFrame::fitToClient() {
                  SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
   }
   SetWindowPos(m_dialog.hwnd(), nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+  RECT frame;
+  GetWindowRect(m_hwnd, &frame);
+  m_fixedSize = {frame.right - frame.left, frame.bottom - frame.top};
+}
+
+void MainFrame::OnGetMinMaxInfo(MINMAXINFO* info) const {
+  if (m_fixedSize.cx == 0) return;  // not fitted yet
+  info->ptMaxSize = {m_fixedSize.cx, m_fixedSize.cy};
+  info->ptMinTrackSize = info->ptMaxSize;
+  info->ptMaxTrackSize = info->ptMaxSize;
 }
 
 void MainFrame::OnCommand(UINT id, WPARAM wParam, LPARAM lParam) {

@@ -31,6 +31,7 @@ class MainFrame : public Window<MainFrame> {
   void OnSecondStart(WPARAM wParam, LPARAM lParam);
   void OnTrayIcon(LPARAM mouseMessage);
   void OnQueryEndSession(LPARAM flags);
+  void OnGetMinMaxInfo(MINMAXINFO* info) const;
   void OnClose();
   void OnDestroy();
 
@@ -47,6 +48,7 @@ class MainFrame : public Window<MainFrame> {
   // whether closing asks "Confirm Stop".
   bool m_shown = true;
   bool m_trayIconAdded = false;
+  SIZE m_fixedSize = {0, 0};  // the frame's one size, once fitted to its client
   UINT m_taskbarCreatedMsg = 0;
 };
 
