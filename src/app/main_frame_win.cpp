@@ -93,8 +93,9 @@ LRESULT MainFrame::HandleMessage(UINT msg, WPARAM wParam, LPARAM lParam) {
 void MainFrame::OnCreate() {
   SendMessageA(m_hwnd, WM_SETICON, ICON_BIG,
                reinterpret_cast<LPARAM>(LoadIconA(m_instance, MAKEINTRESOURCEA(IDI_APP_LARGE))));
-  SendMessageA(m_hwnd, WM_SETICON, ICON_SMALL,
-               reinterpret_cast<LPARAM>(LoadImageA(m_instance, MAKEINTRESOURCEA(IDI_APP_SMALL), IMAGE_ICON, 16, 16, LR_SHARED)));
+  SendMessageA(
+      m_hwnd, WM_SETICON, ICON_SMALL,
+      reinterpret_cast<LPARAM>(LoadImageA(m_instance, MAKEINTRESOURCEA(IDI_APP_SMALL), IMAGE_ICON, 16, 16, LR_SHARED)));
   m_taskbarCreatedMsg = RegisterWindowMessageA("TaskbarCreated");
   if (m_dialog.create(m_hwnd)) fitToClient();
   addTrayIcon();
@@ -228,7 +229,8 @@ void MainFrame::addTrayIcon() {
   data.uID = kTrayIconId;
   data.uFlags = NIF_ICON | NIF_MESSAGE | NIF_TIP;
   data.uCallbackMessage = kMsgTrayIcon;
-  data.hIcon = static_cast<HICON>(LoadImageA(m_instance, MAKEINTRESOURCEA(IDI_APP_SMALL), IMAGE_ICON, 16, 16, LR_SHARED));
+  data.hIcon =
+      static_cast<HICON>(LoadImageA(m_instance, MAKEINTRESOURCEA(IDI_APP_SMALL), IMAGE_ICON, 16, 16, LR_SHARED));
   std::strncpy(data.szTip, kFrameTitle, sizeof data.szTip - 1);
   m_trayIconAdded = Shell_NotifyIconA(NIM_ADD, &data) != FALSE;
 }

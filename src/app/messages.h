@@ -5,11 +5,11 @@
 
 namespace vantr {
 
-constexpr unsigned kMsgPlayerNotify = 1024;    // a player's worker to its hidden window
-constexpr unsigned kMsgQuit = 1044;            // quit now, without asking
-constexpr unsigned kMsgSecondStart = 1045;     // wParam 1: show yourself; 0: stay in the background
-constexpr unsigned kMsgTrayIcon = 1046;        // mouse event on the notification icon (lParam)
-constexpr unsigned kMsgAutomationInput = 1047; // serial automation command for the main window
+constexpr unsigned kMsgPlayerNotify = 1024;     // a player's worker to its hidden window
+constexpr unsigned kMsgQuit = 1044;             // quit now, without asking
+constexpr unsigned kMsgSecondStart = 1045;      // wParam 1: show yourself; 0: stay in the background
+constexpr unsigned kMsgTrayIcon = 1046;         // mouse event on the notification icon (lParam)
+constexpr unsigned kMsgAutomationInput = 1047;  // serial automation command for the main window
 
 constexpr unsigned kCmdOpenWindow = 197;
 constexpr unsigned kCmdCloseWindow = 198;

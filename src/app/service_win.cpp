@@ -64,7 +64,8 @@ void registerServiceProcess() {
   HMODULE kernel = GetModuleHandleA("KERNEL32.DLL");
   if (!kernel) return;
   using RegisterFn = DWORD(WINAPI*)(DWORD, DWORD);
-  const auto fn = reinterpret_cast<RegisterFn>(reinterpret_cast<void*>(GetProcAddress(kernel, "RegisterServiceProcess")));
+  const auto fn =
+      reinterpret_cast<RegisterFn>(reinterpret_cast<void*>(GetProcAddress(kernel, "RegisterServiceProcess")));
   if (fn) fn(GetCurrentProcessId(), 1);
 }
 

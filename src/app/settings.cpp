@@ -47,7 +47,8 @@ std::string readText(const std::string& path, std::string_view section, std::str
 
 bool writeText(const std::string& path, std::string_view section, std::string_view key,
                std::optional<std::string_view> value) {
-  return modify(path, [&](IniDocument& doc) { return value ? doc.set(section, key, *value) : doc.removeKey(section, key); });
+  return modify(path,
+                [&](IniDocument& doc) { return value ? doc.set(section, key, *value) : doc.removeKey(section, key); });
 }
 
 bool deleteSection(const std::string& path, std::string_view section) {

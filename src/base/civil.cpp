@@ -7,9 +7,9 @@ namespace vantr {
 int64_t daysFromCivil(int64_t year, int64_t month, int64_t day) {
   year -= month <= 2;
   const int64_t era = floorDiv(year, 400);
-  const int64_t yoe = year - era * 400;                                   // [0, 399]
+  const int64_t yoe = year - era * 400;                                          // [0, 399]
   const int64_t doy = (153 * (month + (month > 2 ? -3 : 9)) + 2) / 5 + day - 1;  // [0, 365]
-  const int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;              // [0, 146096]
+  const int64_t doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;                     // [0, 146096]
   return era * 146097 + doe - 719468;
 }
 

@@ -84,7 +84,9 @@ bool File::sync() { return isOpen() && fsync(static_cast<int>(m_handle)) == 0; }
 
 unsigned long currentProcessId() { return static_cast<unsigned long>(getpid()); }
 
-bool renameReplacing(const std::string& from, const std::string& to) { return std::rename(from.c_str(), to.c_str()) == 0; }
+bool renameReplacing(const std::string& from, const std::string& to) {
+  return std::rename(from.c_str(), to.c_str()) == 0;
+}
 
 bool replaceFileContents(const std::string& path, const std::string& contents) {
   const std::string temp = temporaryNameBeside(path);

@@ -58,7 +58,8 @@ bool File::write(const void* data, size_t n) {
   while (done < n) {
     const DWORD chunk = static_cast<DWORD>(n - done > 0x40000000u ? 0x40000000u : n - done);
     DWORD put = 0;
-    if (!WriteFile(asHandle(m_handle), static_cast<const char*>(data) + done, chunk, &put, nullptr) || put == 0) return false;
+    if (!WriteFile(asHandle(m_handle), static_cast<const char*>(data) + done, chunk, &put, nullptr) || put == 0)
+      return false;
     done += put;
   }
   return true;

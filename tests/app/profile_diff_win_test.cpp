@@ -44,13 +44,13 @@ const char* const kFiles[] = {
     "[x]\r\neq=a=b\r\nsemi=v ; not a comment\r\nhigh=caf\xe9\r\n",
 };
 
-const char* const kSections[] = {"settings", "SETTINGS", " settings ", "security", "auto", "dup", "Dup",
-                                 "s", "q", "c", "lf", "eof", "long", "x", "a", "a]junk", "broken",
-                                 "spaced", " spaced ", "nosuch"};
-const char* const kKeys[] = {"samplerate", "SampleRate", " stereo ", "stereo", "mode", "comport", "k", "K",
-                             "only", "quoted", "single", "lone", "mismatched", "empty", "inner", "spaced",
-                             "noequals", "orphan", "after", ";commented", "# hash", "real", "eq", "semi",
-                             "high", "password", "flags", "nosuch"};
+const char* const kSections[] = {"settings", "SETTINGS", " settings ", "security", "auto",     "dup",   "Dup",
+                                 "s",        "q",        "c",          "lf",       "eof",      "long",  "x",
+                                 "a",        "a]junk",   "broken",     "spaced",   " spaced ", "nosuch"};
+const char* const kKeys[] = {"samplerate", "SampleRate", " stereo ", "stereo", "mode",     "comport",    "k",
+                             "K",          "only",       "quoted",   "single", "lone",     "mismatched", "empty",
+                             "inner",      "spaced",     "noequals", "orphan", "after",    ";commented", "# hash",
+                             "real",       "eq",         "semi",     "high",   "password", "flags",      "nosuch"};
 const char* const kDefaults[] = {"dflt", "  padded default  ", "\"quoted default\"", ""};
 
 std::string windowsRead(const std::string& path, const char* section, const char* key, const char* fallback) {
@@ -70,8 +70,8 @@ int compareAll(const std::string& windowsFile, const std::string& ourFile, int f
       for (const char* fallback : kDefaults) {
         const std::string theirs = windowsRead(windowsFile, section, key, fallback);
         const std::string ours = readText(ourFile, section, key, fallback);
-        EXPECT_EQ(ours, theirs) << stage << ", file " << fileIndex << ", [" << section << "] " << key
-                                << ", default \"" << fallback << "\"";
+        EXPECT_EQ(ours, theirs) << stage << ", file " << fileIndex << ", [" << section << "] " << key << ", default \""
+                                << fallback << "\"";
         // Windows reads the files we wrote the way we do.
         EXPECT_EQ(windowsRead(ourFile, section, key, fallback), ours)
             << stage << ", our file " << fileIndex << ", [" << section << "] " << key;

@@ -35,18 +35,24 @@ TEST(SettingsDurability, KilledWriterLeavesAWholeFileWithTheOldOrNewValue) {
   const std::string path = dir.file("settings.ini");
   ASSERT_TRUE(replaceFileContents(path, fillerFile()));
   std::mt19937 random(20261123);
-  int wroteInRound = 0;
   for (int round = 0; round < 15; ++round) {
     // Each round counts up from above every value of the rounds before, so a
     // value that went back in time cannot hide.
     const int32_t first = (round + 1) * 1000000;
     ChildProcess writer;
     ASSERT_TRUE(writer.start(VANTR_INI_WRITER, {nativePath(path), std::to_string(first)}));
-    std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution<int>(20, 250)(random)));
+    // Process start-up time varies (Wine, a loaded machine): the kill moment
+    // is random from the writer's first completed write on.
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (readInt(path, "state", "counter", -1) < first) {
+      ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "round " << round << ": the writer never wrote";
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution<int>(0, 60)(random)));
     // A reader while the writer runs always finds a whole file.
     const int32_t during = readInt(path, "state", "counter", -1);
-    ASSERT_GE(during, 0);
-    std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution<int>(0, 40)(random)));
+    ASSERT_GE(during, first);
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution<int>(0, 20)(random)));
     int exitCode = 0;
     ASSERT_FALSE(writer.wait(0, &exitCode)) << "round " << round << ": the writer stopped by itself, code " << exitCode;
     writer.kill();
@@ -54,11 +60,8 @@ TEST(SettingsDurability, KilledWriterLeavesAWholeFileWithTheOldOrNewValue) {
 
     const int32_t after = readInt(path, "state", "counter", -1);
     ASSERT_GE(after, during) << "round " << round << ": the file went back to an older value";
-    if (after >= first) ++wroteInRound;
     expectWholeFile(path);
   }
-  // Process start-up under Wine can eat a short round; most rounds must write.
-  EXPECT_GE(wroteInRound, 10) << "the writer hardly ever got a write in before it was killed";
 }
 
 }  // namespace

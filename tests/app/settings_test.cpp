@@ -23,27 +23,27 @@ TEST(IniRules, LookupsFollowTheProfileRules) {
     const char* expected;
   } rows[] = {
       {"[settings]\nsamplerate=22050\n", "settings", "samplerate", "44100", "22050"},
-      {"[Settings]\nSampleRate=22050\n", "SETTINGS", "samplerate", "44100", "22050"},   // case-insensitive
+      {"[Settings]\nSampleRate=22050\n", "SETTINGS", "samplerate", "44100", "22050"},      // case-insensitive
       {"[settings]\n  samplerate  =  22050  \n", "settings", "samplerate", "x", "22050"},  // blanks trimmed
-      {"[settings]\na=1\na=2\n", "settings", "a", "x", "1"},                            // first key wins
-      {"[s]\na=1\n[s]\nb=2\n", "s", "b", "none", "none"},                              // only the first section
-      {"a=1\n[s]\nb=2\n", "", "a", "none", "none"},                                     // keys before any section
-      {"[s]\nkey\n", "s", "key", "dflt", "dflt"},                                       // no '=': no value
-      {"[s]\nkey=\n", "s", "key", "dflt", ""},                                          // empty value is a value
+      {"[settings]\na=1\na=2\n", "settings", "a", "x", "1"},                               // first key wins
+      {"[s]\na=1\n[s]\nb=2\n", "s", "b", "none", "none"},                                  // only the first section
+      {"a=1\n[s]\nb=2\n", "", "a", "none", "none"},                                        // keys before any section
+      {"[s]\nkey\n", "s", "key", "dflt", "dflt"},                                          // no '=': no value
+      {"[s]\nkey=\n", "s", "key", "dflt", ""},                                             // empty value is a value
       {"[s]\nk=\"quoted value\"\n", "s", "k", "", "quoted value"},
       {"[s]\nk='single'\n", "s", "k", "", "single"},
       {"[s]\nk=\"mismatched'\n", "s", "k", "", "\"mismatched'"},
-      {"[s]\nk=\"\n", "s", "k", "", "\""},                                              // a lone quote stays
-      {"[s]\nk=a=b=c\n", "s", "k", "", "a=b=c"},                                        // first '=' splits
+      {"[s]\nk=\"\n", "s", "k", "", "\""},        // a lone quote stays
+      {"[s]\nk=a=b=c\n", "s", "k", "", "a=b=c"},  // first '=' splits
       {"[s]\r\nk=crlf\r\n", "s", "k", "", "crlf"},
-      {"[s]\nk=v\n\x1a", "s", "k", "", "v"},                                             // DOS end-of-file mark
+      {"[s]\nk=v\n\x1a", "s", "k", "", "v"},  // DOS end-of-file mark
       {"[s]\n;k=commented\nk=real\n", "s", "k", "", "real"},
-      {"[broken\nk=inside\n", "broken", "k", "none", "none"},                          // no ']': not a header
-      {"[s] trailing\nk=v\n", "s", "k", "", "v"},                                       // text after ']' ignored
-      {"", "s", "k", "default   ", "default"},                                           // default loses trailing spaces
+      {"[broken\nk=inside\n", "broken", "k", "none", "none"},  // no ']': not a header
+      {"[s] trailing\nk=v\n", "s", "k", "", "v"},              // text after ']' ignored
+      {"", "s", "k", "default   ", "default"},                 // default loses trailing spaces
       {"", "s", "k", "\"quoted default\"", "quoted default"},
-      {"[s]\n k = v \n", " s ", " k ", "", "v"},                                         // query names trimmed
-      {"[ spaced ]\nk=v\n", "spaced", "k", "", "v"},                                    // and header names
+      {"[s]\n k = v \n", " s ", " k ", "", "v"},      // query names trimmed
+      {"[ spaced ]\nk=v\n", "spaced", "k", "", "v"},  // and header names
   };
   for (const Row& row : rows) {
     const IniDocument doc(row.file);
@@ -65,8 +65,10 @@ TEST(IniRules, WritesChangeOnlyTheirLine) {
       {"", "settings", "stereo", "true", "[settings]\r\nstereo=true\r\n"},
       {"; my notes\n[settings]\nStereo = false ; old\n\n[auto]\nmode=1\n", "settings", "stereo", "true",
        "; my notes\r\n[settings]\r\nStereo=true\r\n\r\n[auto]\r\nmode=1\r\n"},
-      {"[settings]\na=1\n\n[auto]\nmode=1\n", "settings", "b", "2", "[settings]\r\na=1\r\nb=2\r\n\r\n[auto]\r\nmode=1\r\n"},
-      {"[auto]\nmode=1", "settings", "x", "  leading blanks go", "[auto]\r\nmode=1\r\n\r\n[settings]\r\nx=leading blanks go\r\n"},
+      {"[settings]\na=1\n\n[auto]\nmode=1\n", "settings", "b", "2",
+       "[settings]\r\na=1\r\nb=2\r\n\r\n[auto]\r\nmode=1\r\n"},
+      {"[auto]\nmode=1", "settings", "x", "  leading blanks go",
+       "[auto]\r\nmode=1\r\n\r\n[settings]\r\nx=leading blanks go\r\n"},
       {"[s]\na=1\nb=2\nc=3\n", "S", "B", nullptr, "[s]\r\na=1\r\nc=3\r\n"},
       {"[s]\nkey\n", "s", "key", "v", "[s]\r\nkey=v\r\n"},
       {"[s]\na=1\n", "s", "a", "line\r\nbreak=evil", "[s]\r\na=line  break=evil\r\n"},
@@ -140,10 +142,19 @@ TEST(Settings, ClockTextRule) {
     const char* text;
     uint32_t seconds;
   } rows[] = {
-      {"0:30:00", 1800},      {"12:30 am", 1800},  {"1:00 pm", 13 * 3600}, {"12:00 PM", 12 * 3600},
-      {"1.2.3", 3723},        {"1\\2\\3", 3723},   {"25:61:61", 25 * 3600 + 61 * 60 + 61},
+      {"0:30:00", 1800},
+      {"12:30 am", 1800},
+      {"1:00 pm", 13 * 3600},
+      {"12:00 PM", 12 * 3600},
+      {"1.2.3", 3723},
+      {"1\\2\\3", 3723},
+      {"25:61:61", 25 * 3600 + 61 * 60 + 61},
       {"1:2:3:4", 3600 + 120 + 34},  // further separators stay on the seconds
-      {"", 0},                {"abc", 0},           {"9pM", 21 * 3600},      {"12Am", 0}, {"p m 1", 3600},
+      {"", 0},
+      {"abc", 0},
+      {"9pM", 21 * 3600},
+      {"12Am", 0},
+      {"p m 1", 3600},
   };
   for (const Row& row : rows) EXPECT_EQ(parseClockText(row.text), row.seconds) << '"' << row.text << '"';
   EXPECT_EQ(formatClockText(3723), "01:02:03");

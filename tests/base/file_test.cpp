@@ -18,7 +18,10 @@ TEST(File, SharingModes) {
   ASSERT_TRUE(replaceFileContents(path, "abc"));
 
   // Nobody else has it: an exclusive open works.
-  { File probe(path, FileMode::Exclusive); EXPECT_TRUE(probe.isOpen()); }
+  {
+    File probe(path, FileMode::Exclusive);
+    EXPECT_TRUE(probe.isOpen());
+  }
 
   struct Row {
     FileMode holder;
@@ -32,7 +35,10 @@ TEST(File, SharingModes) {
     File probe(path, FileMode::Exclusive);
     EXPECT_FALSE(probe.isOpen()) << "an exclusive open must fail while the file is in use";
   }
-  { File probe(path, FileMode::Exclusive); EXPECT_TRUE(probe.isOpen()); }
+  {
+    File probe(path, FileMode::Exclusive);
+    EXPECT_TRUE(probe.isOpen());
+  }
 }
 
 TEST(File, ReaderSeesWhatAWriterAppends) {

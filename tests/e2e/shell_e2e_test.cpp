@@ -214,10 +214,10 @@ TEST_F(Shell, FixedFrameHoldsTheWorkWindowLayout) {
     const char* className;
     int x, y, w, h;
   } controls[] = {
-      {1001, "ListBox", 2, 9, 76, 80},  {111, "Button", 2, 90, 26, 16},      {112, "Button", 28, 90, 25, 16},
-      {119, "Button", 53, 90, 25, 16},  {1002, "ListBox", 84, 9, 214, 96},   {1091, "Static", 0, 108, 149, 11},
+      {1001, "ListBox", 2, 9, 76, 80},      {111, "Button", 2, 90, 26, 16},      {112, "Button", 28, 90, 25, 16},
+      {119, "Button", 53, 90, 25, 16},      {1002, "ListBox", 84, 9, 214, 96},   {1091, "Static", 0, 108, 149, 11},
       {1093, "LDBDisplay", 92, 109, 55, 9}, {1092, "Static", 151, 108, 149, 11}, {1094, "LDBDisplay", 243, 109, 55, 9},
-      {1090, "Static", 0, 120, 264, 11}, {1095, "Static", 266, 120, 34, 11},
+      {1090, "Static", 0, 120, 264, 11},    {1095, "Static", 266, 120, 34, 11},
   };
   for (const Control& c : controls) {
     HWND control = GetDlgItem(dialog, c.id);
@@ -285,10 +285,9 @@ TEST(Service, RunsHiddenUnderTheServiceManagerAndQuitsOnShutdown) {
     CloseServiceHandle(old);
   }
   const std::string command = "\"" + folder.path() + "\\vantr.exe\" /service";
-  ServiceHandle service(CreateServiceA(manager.get(), "VANTR", "VANTR", SERVICE_ALL_ACCESS,
-                                       SERVICE_WIN32_OWN_PROCESS | SERVICE_INTERACTIVE_PROCESS,
-                                       SERVICE_DEMAND_START, SERVICE_ERROR_IGNORE, command.c_str(), nullptr,
-                                       nullptr, nullptr, nullptr, nullptr));
+  ServiceHandle service(CreateServiceA(
+      manager.get(), "VANTR", "VANTR", SERVICE_ALL_ACCESS, SERVICE_WIN32_OWN_PROCESS | SERVICE_INTERACTIVE_PROCESS,
+      SERVICE_DEMAND_START, SERVICE_ERROR_IGNORE, command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
   ASSERT_TRUE(service.get()) << "CreateService failed, error " << GetLastError();
   struct Cleanup {
     SC_HANDLE s;

@@ -35,11 +35,16 @@ TEST(TimePosition, Parses) {
     const char* text;
     int32_t position;
   } rows[] = {
-      {"1:30", 900000},        {"1:02:03.5", 37235000}, {"-0.25", -2500},   {"90", 900000},
-      {"12.34567", 123456},    {"", 0},                 {" 4:00:00.000", 144000000},
-      {"1.5.5", 15500},        // a second point does nothing
-      {"1.5:1", 900100},       // ":" after the point still multiplies by 60
-      {"0:-30", -300000},      // '-' anywhere negates the whole
+      {"1:30", 900000},
+      {"1:02:03.5", 37235000},
+      {"-0.25", -2500},
+      {"90", 900000},
+      {"12.34567", 123456},
+      {"", 0},
+      {" 4:00:00.000", 144000000},
+      {"1.5.5", 15500},    // a second point does nothing
+      {"1.5:1", 900100},   // ":" after the point still multiplies by 60
+      {"0:-30", -300000},  // '-' anywhere negates the whole
       {"abc7", 70000},
   };
   for (const Row& row : rows) EXPECT_EQ(parsePosition(row.text), row.position) << '"' << row.text << '"';
