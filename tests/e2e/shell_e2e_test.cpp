@@ -161,6 +161,28 @@ TEST_F(Shell, ExitAsksAgainOnlyAfterTheWindowWasOpened) {
   EXPECT_FALSE(asked);
 }
 
+TEST_F(Shell, EndOfSessionAnswersYesAndLeavesExitUnasked) {
+  HWND frame = startAndFindFrame({});
+  ASSERT_TRUE(frame);
+  ASSERT_TRUE(waitFor([&] { return IsWindowVisible(frame) != FALSE; }));
+  // A log-off and, on Windows NT, a shutdown: the program agrees and keeps
+  // running until the system ends it.
+  for (LPARAM flags : {static_cast<LPARAM>(ENDSESSION_LOGOFF), static_cast<LPARAM>(0)}) {
+    DWORD_PTR answer = 0;
+    ASSERT_TRUE(SendMessageTimeoutA(frame, WM_QUERYENDSESSION, 0, flags, SMTO_NORMAL, 5000, &answer));
+    EXPECT_EQ(answer, static_cast<DWORD_PTR>(TRUE));
+  }
+  EXPECT_FALSE(ended(500));
+  // The question is not asked while the session ends.
+  PostMessageA(frame, WM_COMMAND, 199, 0);
+  bool asked = false;
+  EXPECT_TRUE(waitFor([&] {
+    asked = asked || findBox("Confirm Stop");
+    return m_process->wait(0);
+  }));
+  EXPECT_FALSE(asked);
+}
+
 TEST_F(Shell, QuitMessageEndsWithoutAskingAndWritesNoSettings) {
   HWND frame = startAndFindFrame({});
   ASSERT_TRUE(frame);
