@@ -7,6 +7,25 @@
 
 namespace vantr {
 
+// The object of a window: stored in GWLP_USERDATA when the window is being
+// created (created is not null), looked up there afterwards.
+template <class T>
+T* attachedObject(HWND hwnd, T* created) {
+  if (created) {
+    created->m_hwnd = hwnd;
+    SetWindowLongPtrA(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
+    return created;
+  }
+  return reinterpret_cast<T*>(GetWindowLongPtrA(hwnd, GWLP_USERDATA));
+}
+
+// The window is gone: the object no longer has one.
+template <class T>
+void detachObject(HWND hwnd, T* self) {
+  SetWindowLongPtrA(hwnd, GWLP_USERDATA, 0);
+  self->m_hwnd = nullptr;
+}
+
 template <class Derived>
 class Window {
  public:
@@ -14,25 +33,21 @@ class Window {
 
  protected:
   static LRESULT CALLBACK StaticProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
-    Derived* self = nullptr;
-    if (msg == WM_NCCREATE) {
-      self = static_cast<Derived*>(reinterpret_cast<CREATESTRUCTA*>(lParam)->lpCreateParams);
-      self->m_hwnd = hwnd;
-      SetWindowLongPtrA(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
-    } else {
-      self = reinterpret_cast<Derived*>(GetWindowLongPtrA(hwnd, GWLP_USERDATA));
-    }
+    Derived* self = attachedObject<Derived>(
+        hwnd,
+        msg == WM_NCCREATE ? static_cast<Derived*>(reinterpret_cast<CREATESTRUCTA*>(lParam)->lpCreateParams) : nullptr);
     if (!self) return DefWindowProcA(hwnd, msg, wParam, lParam);
     const LRESULT result = self->HandleMessage(msg, wParam, lParam);
-    if (msg == WM_NCDESTROY) {
-      SetWindowLongPtrA(hwnd, GWLP_USERDATA, 0);
-      self->m_hwnd = nullptr;
-    }
+    if (msg == WM_NCDESTROY) detachObject(hwnd, self);
     return result;
   }
 
   LRESULT DefaultProc(UINT msg, WPARAM wParam, LPARAM lParam) { return DefWindowProcA(m_hwnd, msg, wParam, lParam); }
 
+  template <class T>
+  friend T* attachedObject(HWND, T*);
+  template <class T>
+  friend void detachObject(HWND, T*);
   HWND m_hwnd = nullptr;
 };
 
@@ -45,23 +60,17 @@ class Dialog {
   // HandleMessage returns whether it handled the message; a result for the
   // dialog manager goes through DWLP_MSGRESULT.
   static INT_PTR CALLBACK StaticProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
-    Derived* self = nullptr;
-    if (msg == WM_INITDIALOG) {
-      self = reinterpret_cast<Derived*>(lParam);
-      self->m_hwnd = hwnd;
-      SetWindowLongPtrA(hwnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
-    } else {
-      self = reinterpret_cast<Derived*>(GetWindowLongPtrA(hwnd, GWLP_USERDATA));
-    }
+    Derived* self = attachedObject<Derived>(hwnd, msg == WM_INITDIALOG ? reinterpret_cast<Derived*>(lParam) : nullptr);
     if (!self) return FALSE;
     const INT_PTR handled = self->HandleMessage(msg, wParam, lParam);
-    if (msg == WM_NCDESTROY) {
-      SetWindowLongPtrA(hwnd, GWLP_USERDATA, 0);
-      self->m_hwnd = nullptr;
-    }
+    if (msg == WM_NCDESTROY) detachObject(hwnd, self);
     return handled;
   }
 
+  template <class T>
+  friend T* attachedObject(HWND, T*);
+  template <class T>
+  friend void detachObject(HWND, T*);
   HWND m_hwnd = nullptr;
 };
 

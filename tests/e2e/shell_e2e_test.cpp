@@ -33,6 +33,16 @@ class Shell : public ::testing::Test {
 
   bool ended(int ms = 10000) { return m_process->wait(ms); }
 
+  // Whether the program ends within ten seconds without "Confirm Stop".
+  bool endsWithoutAsking() {
+    bool asked = false;
+    const bool gone = waitFor([&] {
+      asked = asked || findBox("Confirm Stop");
+      return m_process->wait(0);
+    });
+    return gone && !asked;
+  }
+
   // Whether the notification area holds the frame's icon (id 24): changing
   // an icon only succeeds for one that is there.
   static bool trayIconPresent(HWND frame, UINT id = 24) {
@@ -152,13 +162,7 @@ TEST_F(Shell, ExitAsksAgainOnlyAfterTheWindowWasOpened) {
 
   // Hidden since the last question: Exit closes without asking.
   PostMessageA(frame, WM_COMMAND, 199, 0);
-  bool asked = false;
-  const bool gone = waitFor([&] {
-    asked = asked || findBox("Confirm Stop");
-    return m_process->wait(0);
-  });
-  EXPECT_TRUE(gone);
-  EXPECT_FALSE(asked);
+  EXPECT_TRUE(endsWithoutAsking());
 }
 
 TEST_F(Shell, EndOfSessionAnswersYesAndLeavesExitUnasked) {
@@ -175,12 +179,7 @@ TEST_F(Shell, EndOfSessionAnswersYesAndLeavesExitUnasked) {
   EXPECT_FALSE(ended(500));
   // The question is not asked while the session ends.
   PostMessageA(frame, WM_COMMAND, 199, 0);
-  bool asked = false;
-  EXPECT_TRUE(waitFor([&] {
-    asked = asked || findBox("Confirm Stop");
-    return m_process->wait(0);
-  }));
-  EXPECT_FALSE(asked);
+  EXPECT_TRUE(endsWithoutAsking());
 }
 
 TEST_F(Shell, QuitMessageEndsWithoutAskingAndWritesNoSettings) {
@@ -188,12 +187,7 @@ TEST_F(Shell, QuitMessageEndsWithoutAskingAndWritesNoSettings) {
   ASSERT_TRUE(frame);
   ASSERT_TRUE(waitFor([&] { return IsWindowVisible(frame) != FALSE; }));
   PostMessageA(frame, kQuit, 0, 0);
-  bool asked = false;
-  EXPECT_TRUE(waitFor([&] {
-    asked = asked || findBox("Confirm Stop");
-    return m_process->wait(0);
-  }));
-  EXPECT_FALSE(asked);
+  EXPECT_TRUE(endsWithoutAsking());
   EXPECT_FALSE(findFrame());
   // Nothing is written until a setting is changed.
   EXPECT_EQ(m_folder.entries(), std::vector<std::string>{"vantr.exe"});
