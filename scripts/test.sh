@@ -11,13 +11,13 @@ start=$(date +%s)
 
 echo "== native build and tests"
 scripts/build.sh native
-(cd build/native && ctest --output-on-failure -j "$(nproc)" --timeout 300)
+(cd build/native && ctest --output-on-failure -j "$(nproc)" --timeout 300) | tee build/native-ctest.log
 
 echo "== Windows build and tests under Wine"
 scripts/build.sh win
 trap 'scripts/testbed.sh stop build/win' EXIT
 scripts/testbed.sh start build/win
-(cd build/win && ctest --output-on-failure --timeout 600)
+(cd build/win && ctest --output-on-failure --timeout 600) | tee build/win-ctest.log
 
 echo "== fuzz targets (${VANTR_FUZZ_SECONDS:-15} s each)"
 scripts/build.sh fuzz
@@ -34,4 +34,9 @@ done
 echo "== format check"
 git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run -Werror
 
+count() { sed -n 's/.*tests passed, \([0-9]*\) tests failed out of \([0-9]*\)/\2 \1/p' "$1" | tail -1; }
+read -r native_total native_failed < <(count build/native-ctest.log)
+read -r win_total win_failed < <(count build/win-ctest.log)
+echo "native: $native_total ctest tests; Windows under Wine: $win_total test programs; fuzz targets: $(ls build/fuzz/*_fuzz | wc -l)"
 echo "all tests passed in $(( $(date +%s) - start )) s"
+echo "tests: $((native_total + win_total)) passed, $((native_failed + win_failed)) failed"
