@@ -8,7 +8,8 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/deps.sh"
 "$root/scripts/build.sh" win
-mkdir -p "$root/build/run"
+# The installer makes these two folders beside the program; do the same here.
+mkdir -p "$root/build/run/Recordings" "$root/build/run/Schedules"
 cp "$root/build/win/src/app/vantr.exe" "$root/build/win/src/tools/vantrctl.exe" "$root/build/run/"
 
 if [ -n "${DISPLAY:-}" ] && xdotool getdisplaygeometry >/dev/null 2>&1; then
