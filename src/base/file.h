@@ -9,8 +9,9 @@
 namespace vantr {
 
 enum class FileMode {
-  // Read an existing file; others may read, write, rename or delete it while it
-  // is open (a player follows a recording that is still being written).
+  // Read an existing file, front to back; others may read, write, rename or
+  // delete it while it is open (a player follows a recording that is still
+  // being written).
   Read,
   // Create or truncate and write; others may read it meanwhile.
   Write,
@@ -44,6 +45,9 @@ class File {
   int64_t size() const;
   // Forces what was written onto the disk.
   bool sync();
+  // Makes the current position the end of the file, cutting off what lies
+  // beyond it (or extending the file with zeros up to it).
+  bool truncate();
 
  private:
   static constexpr intptr_t kClosed = -1;

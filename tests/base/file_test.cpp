@@ -1,12 +1,15 @@
-#include "base/file.h"
-
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "base/dir.h"
+#include "base/file.h"
 #include "test_support/temp_dir.h"
 
 namespace vantr {
@@ -16,84 +19,57 @@ TEST(File, SharingModes) {
   TempDir dir;
   const std::string path = dir.file("shared.bin");
   ASSERT_TRUE(replaceFileContents(path, "abc"));
-
-  // Nobody else has it: an exclusive open works.
-  {
-    File probe(path, FileMode::Exclusive);
-    EXPECT_TRUE(probe.isOpen());
-  }
-
-  struct Row {
-    FileMode holder;
-    bool readAllowed;
-  } rows[] = {{FileMode::Read, true}, {FileMode::ReadWrite, true}};
-  for (const Row& row : rows) {
-    File held(path, row.holder);
+  for (const FileMode holder : {FileMode::Read, FileMode::Write, FileMode::ReadWrite}) {
+    {
+      File probe(path, FileMode::Exclusive);  // nobody else has it
+      EXPECT_TRUE(probe.isOpen());
+    }
+    File held(path, holder);
     ASSERT_TRUE(held.isOpen());
     File reader(path, FileMode::Read);
-    EXPECT_EQ(reader.isOpen(), row.readAllowed);
+    EXPECT_TRUE(reader.isOpen()) << "others may read";
     File probe(path, FileMode::Exclusive);
     EXPECT_FALSE(probe.isOpen()) << "an exclusive open must fail while the file is in use";
   }
-  {
-    File probe(path, FileMode::Exclusive);
-    EXPECT_TRUE(probe.isOpen());
-  }
 }
 
-TEST(File, ReaderSeesWhatAWriterAppends) {
-  TempDir dir;
-  const std::string path = dir.file("growing.bin");
-  File writer(path, FileMode::Write);
-  ASSERT_TRUE(writer.write("0123", 4));
-  File reader(path, FileMode::Read);
-  ASSERT_TRUE(reader.isOpen());
-  EXPECT_EQ(reader.size(), 4);
-  ASSERT_TRUE(writer.write("4567", 4));
-  EXPECT_EQ(reader.size(), 8);
-  char buffer[8] = {};
-  ASSERT_TRUE(reader.seek(2));
-  EXPECT_EQ(reader.read(buffer, sizeof buffer), 6u);
-  EXPECT_EQ(std::string(buffer, 6), "234567");
-}
-
-TEST(File, ReplaceIsWholeAndLeavesNoTemporaryFiles) {
+TEST(File, ReplaceTruncatesAndLeavesNoTemporaryFiles) {
   TempDir dir;
   const std::string path = dir.file("settings.ini");
-  std::string text;
-  EXPECT_FALSE(readWholeFile(path, text));
   ASSERT_TRUE(replaceFileContents(path, std::string(100000, 'x')));
-  ASSERT_TRUE(replaceFileContents(path, "short"));
+  // A reader (a virus scanner) holds it for a moment: the replacement waits instead of failing.
+  std::atomic<int> state{0};  // 1 held open, -1 could not open
+  std::thread reader([&] {
+    File held(path, FileMode::Read);
+    state = held.isOpen() ? 1 : -1;
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  });
+  while (state == 0) std::this_thread::yield();
+  EXPECT_EQ(state, 1);
+  EXPECT_TRUE(replaceFileContents(path, "short"));
+  reader.join();
+  std::string text;
   ASSERT_TRUE(readWholeFile(path, text));
   EXPECT_EQ(text, "short");
-  {
-    // A reader (another program, a virus scanner) holds the file for a
-    // moment: the replacement waits for it instead of failing or writing in
-    // place.
-    std::atomic<int> state{0};  // 1 held open, -1 could not open
-    std::thread reader([&] {
-      File held(path, FileMode::Read);
-      state = held.isOpen() ? 1 : -1;
-      std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    });
-    while (state == 0) std::this_thread::yield();
-    EXPECT_EQ(state, 1);
-    EXPECT_TRUE(replaceFileContents(path, "while read"));
-    reader.join();
-  }
-  ASSERT_TRUE(readWholeFile(path, text));
-  EXPECT_EQ(text, "while read");
   EXPECT_EQ(dir.entries(), std::vector<std::string>{"settings.ini"});
 }
 
-TEST(File, MissingFolderFailsCleanly) {
+TEST(Dir, ListsRegularFilesWithTheSuffixInAnyCase) {
   TempDir dir;
-  EXPECT_FALSE(replaceFileContents(dir.file("no-such-folder/x.ini"), "x"));
-  File f(dir.file("no-such-folder/x.ini"), FileMode::Write);
-  EXPECT_FALSE(f.isOpen());
-  EXPECT_FALSE(f.write("x", 1));
-  EXPECT_TRUE(makeDirectory(dir.file("made")));
-  EXPECT_TRUE(makeDirectory(dir.file("made")));  // existing is fine
+  for (const char* name : {"News.qsf", "LOUD.QSF", "notes.txt", "qsf", "a.qsf.bak"}) {
+    ASSERT_TRUE(replaceFileContents(dir.file(name), "x")) << name;
+  }
+  std::filesystem::create_directory(dir.file("folder.qsf"));
+  std::vector<std::string> names = {"stale"};
+  ASSERT_TRUE(listFolder(dir.path(), ".qsf", names));
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{"LOUD.QSF", "News.qsf"}));
+  // An empty folder lists nothing; a missing folder, or a file, fails.
+  for (const char* folder : {"folder.qsf", "missing", "notes.txt"}) {
+    names = {"stale"};
+    EXPECT_EQ(listFolder(dir.file(folder), ".qsf", names), folder == std::string("folder.qsf")) << folder;
+    EXPECT_TRUE(names.empty()) << folder;
+  }
 }
 
 }  // namespace
