@@ -4,31 +4,10 @@
 #include <ctime>
 
 #include "app/main_frame_win.h"
+#include "ui/db_controls_win.h"
 #include "ui/main_dialog_win.h"
 
 namespace vantr {
-
-namespace {
-
-// Interim: the level meters' classes, so that dialog templates naming them load.
-bool registerControlClasses(HINSTANCE instance) {
-  bool ok = true;
-  for (const char* name : {"LDBDisplay", "LDBEdit"}) {
-    WNDCLASSEXA wc{};
-    wc.cbSize = sizeof wc;
-    if (GetClassInfoExA(instance, name, &wc)) continue;
-    wc.cbSize = sizeof wc;
-    wc.style = CS_DBLCLKS | CS_HREDRAW | CS_VREDRAW;
-    wc.lpfnWndProc = DefWindowProcA;
-    wc.hInstance = instance;
-    wc.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
-    wc.lpszClassName = name;
-    ok = RegisterClassExA(&wc) != 0 && ok;
-  }
-  return ok;
-}
-
-}  // namespace
 
 int runMainApplication(HINSTANCE instance, RunMode mode) {
   // Every time value in the program is the local wall clock counted as if it
@@ -36,7 +15,8 @@ int runMainApplication(HINSTANCE instance, RunMode mode) {
   _putenv("TZ=GMT0");
   _tzset();
 
-  registerControlClasses(instance);
+  // Dialog templates name the level controls, so their classes come first.
+  registerDbControls(instance);
   if (!MainFrame::registerClass(instance)) return 1;
 
   // The dialog outlives the frame: the frame's destruction closes it.

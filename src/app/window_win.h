@@ -26,12 +26,39 @@ void detachObject(HWND hwnd, T* self) {
   self->m_hwnd = nullptr;
 }
 
-template <class Derived>
-class Window {
+// What the window templates share: the handle, which the lookup above sets.
+class WindowObject {
  public:
   HWND hwnd() const { return m_hwnd; }
 
  protected:
+  template <class T>
+  friend T* attachedObject(HWND, T*);
+  template <class T>
+  friend void detachObject(HWND, T*);
+  HWND m_hwnd = nullptr;
+};
+
+template <class Derived>
+class Window : public WindowObject {
+ protected:
+  // A hidden top-level window (no style, no parent, no title) of a class
+  // registered here once per process with 4 bytes of window data; engines use
+  // one to receive their devices' and workers' messages on their own thread.
+  bool createHidden(HINSTANCE instance, const char* className) {
+    WNDCLASSA wc{};
+    if (!GetClassInfoA(instance, className, &wc)) {
+      wc = WNDCLASSA{};
+      wc.lpfnWndProc = &Window::StaticProc;
+      wc.cbWndExtra = 4;
+      wc.hInstance = instance;
+      wc.lpszClassName = className;
+      if (!RegisterClassA(&wc)) return false;
+    }
+    return CreateWindowExA(0, className, "", 0, 0, 0, 0, 0, nullptr, nullptr, instance, static_cast<Derived*>(this)) !=
+           nullptr;
+  }
+
   static LRESULT CALLBACK StaticProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
     Derived* self = attachedObject<Derived>(
         hwnd,
@@ -43,19 +70,10 @@ class Window {
   }
 
   LRESULT DefaultProc(UINT msg, WPARAM wParam, LPARAM lParam) { return DefWindowProcA(m_hwnd, msg, wParam, lParam); }
-
-  template <class T>
-  friend T* attachedObject(HWND, T*);
-  template <class T>
-  friend void detachObject(HWND, T*);
-  HWND m_hwnd = nullptr;
 };
 
 template <class Derived>
-class Dialog {
- public:
-  HWND hwnd() const { return m_hwnd; }
-
+class Dialog : public WindowObject {
  protected:
   // HandleMessage returns whether it handled the message; a result for the
   // dialog manager goes through DWLP_MSGRESULT.
@@ -66,12 +84,90 @@ class Dialog {
     if (msg == WM_NCDESTROY) detachObject(hwnd, self);
     return handled;
   }
+};
 
-  template <class T>
-  friend T* attachedObject(HWND, T*);
-  template <class T>
-  friend void detachObject(HWND, T*);
+// A custom control that dialog templates create by class name: its object is
+// made at WM_NCCREATE and deleted at WM_NCDESTROY, and lives in the first
+// bytes of the window's extra data (GWLP_USERDATA stays free for whoever uses
+// the control). The class must reserve at least a pointer's worth of extra data.
+template <class Derived>
+class Control {
+ public:
+  HWND hwnd() const { return m_hwnd; }
+
+  // The object of one of these controls, or null for any other window.
+  static Derived* of(HWND hwnd) {
+    char name[64];
+    if (!hwnd || !GetClassNameA(hwnd, name, sizeof name) || lstrcmpiA(name, Derived::kClassName) != 0) return nullptr;
+    return reinterpret_cast<Derived*>(GetWindowLongPtrA(hwnd, 0));
+  }
+
+ protected:
+  static LRESULT CALLBACK StaticProc(HWND hwnd, UINT msg, WPARAM wParam, LPARAM lParam) {
+    Derived* self = reinterpret_cast<Derived*>(GetWindowLongPtrA(hwnd, 0));
+    if (msg == WM_NCCREATE && !self) {
+      self = new Derived;
+      self->m_hwnd = hwnd;
+      SetWindowLongPtrA(hwnd, 0, reinterpret_cast<LONG_PTR>(self));
+    }
+    if (!self) return DefWindowProcA(hwnd, msg, wParam, lParam);
+    const LRESULT result = self->HandleMessage(msg, wParam, lParam);
+    if (msg == WM_NCDESTROY) {
+      SetWindowLongPtrA(hwnd, 0, 0);
+      delete self;
+    }
+    return result;
+  }
+
+  LRESULT DefaultProc(UINT msg, WPARAM wParam, LPARAM lParam) { return DefWindowProcA(m_hwnd, msg, wParam, lParam); }
+
+  // WM_PAINT and WM_PRINTCLIENT (a DC in wParam) both end in Derived::paint.
+  LRESULT OnPaint(UINT msg, WPARAM wParam) {
+    if (msg == WM_PRINTCLIENT) {
+      static_cast<Derived*>(this)->paint(reinterpret_cast<HDC>(wParam));
+      return 0;
+    }
+    PAINTSTRUCT ps;
+    HDC dc = BeginPaint(m_hwnd, &ps);
+    static_cast<Derived*>(this)->paint(dc);
+    EndPaint(m_hwnd, &ps);
+    return 0;
+  }
+
   HWND m_hwnd = nullptr;
+};
+
+// Owns a GDI object (brush, bitmap, font made at run time) and deletes it.
+template <class Handle>
+class GdiObject {
+ public:
+  GdiObject() = default;
+  explicit GdiObject(Handle handle) : m_handle(handle) {}
+  ~GdiObject() { reset(); }
+  GdiObject(const GdiObject&) = delete;
+  GdiObject& operator=(const GdiObject&) = delete;
+  void reset(Handle handle = nullptr) {
+    if (m_handle) DeleteObject(m_handle);
+    m_handle = handle;
+  }
+  Handle get() const { return m_handle; }
+
+ private:
+  Handle m_handle = nullptr;
+};
+
+// Selects a GDI object into a DC for one scope and puts the old one back, so
+// that the DC never holds a deleted object.
+class SelectedObject {
+ public:
+  SelectedObject(HDC dc, HGDIOBJ object) : m_dc(dc), m_old(SelectObject(dc, object)) {}
+  ~SelectedObject() { SelectObject(m_dc, m_old); }
+  SelectedObject(const SelectedObject&) = delete;
+  SelectedObject& operator=(const SelectedObject&) = delete;
+
+ private:
+  HDC m_dc;
+  HGDIOBJ m_old;
 };
 
 // Owns an HMENU made at run time (a popup menu) and destroys it.

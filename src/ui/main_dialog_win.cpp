@@ -7,13 +7,7 @@ namespace vantr {
 
 MainDialog::MainDialog(HINSTANCE instance) : m_instance(instance) {}
 
-MainDialog::~MainDialog() {
-  destroy();
-  for (HBITMAP& bitmap : m_buttonBitmaps) {
-    if (bitmap) DeleteObject(bitmap);
-    bitmap = nullptr;
-  }
-}
+MainDialog::~MainDialog() { destroy(); }
 
 bool MainDialog::create(HWND parent) {
   return CreateDialogParamA(m_instance, MAKEINTRESOURCEA(IDD_MAIN), parent, &MainDialog::StaticProc,
@@ -44,11 +38,11 @@ void MainDialog::loadButtonBitmaps() {
   } kButtons[] = {{IDC_PLAY, "PlayBitmap"}, {IDC_RECORD, "RecordBitmap"}, {IDC_STOP, "StopBitmap"}};
   for (size_t i = 0; i < 3; ++i) {
     // A missing bitmap leaves its button blank.
-    m_buttonBitmaps[i] =
-        static_cast<HBITMAP>(LoadImageA(m_instance, kButtons[i].resource, IMAGE_BITMAP, 0, 0, LR_LOADMAP3DCOLORS));
-    if (m_buttonBitmaps[i]) {
+    m_buttonBitmaps[i].reset(
+        static_cast<HBITMAP>(LoadImageA(m_instance, kButtons[i].resource, IMAGE_BITMAP, 0, 0, LR_LOADMAP3DCOLORS)));
+    if (m_buttonBitmaps[i].get()) {
       SendDlgItemMessageA(m_hwnd, kButtons[i].control, BM_SETIMAGE, IMAGE_BITMAP,
-                          reinterpret_cast<LPARAM>(m_buttonBitmaps[i]));
+                          reinterpret_cast<LPARAM>(m_buttonBitmaps[i].get()));
     }
   }
 }

@@ -32,8 +32,9 @@ class MainDialog : public Dialog<MainDialog> {
   void loadButtonBitmaps();
 
   HINSTANCE m_instance;
-  // The buttons show these but do not own them: deleted after the window.
-  HBITMAP m_buttonBitmaps[3] = {nullptr, nullptr, nullptr};
+  // The buttons show these but do not own them: deleted after the window
+  // (members outlive the destructor's body, which destroys the window).
+  GdiObject<HBITMAP> m_buttonBitmaps[3];
 };
 
 }  // namespace vantr
