@@ -6,14 +6,11 @@
 #include <string>
 
 #include "app/ini_document.h"
+#include "fuzz_check.h"
 
 using vantr::IniDocument;
 
-namespace {
-void check(bool ok) {
-  if (!ok) std::abort();
-}
-}  // namespace
+using vantr::fuzz::check;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);

@@ -1,5 +1,6 @@
 #include "app/settings.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <mutex>
 
@@ -39,10 +40,41 @@ bool modify(const std::string& path, Change change) {
 
 }  // namespace
 
+IniDocument loadSettingsDocument(const std::string& path) {
+  std::lock_guard<std::mutex> guard(storeLock());
+  return load(path);
+}
+
+std::string readText(const IniDocument& doc, std::string_view section, std::string_view key,
+                     std::string_view defaultText) {
+  return profileString(doc, section, key, defaultText, kMaxSettingText);
+}
+
+int32_t readInt(const IniDocument& doc, std::string_view section, std::string_view key, int32_t defaultValue) {
+  return parseLong(readText(doc, section, key, std::to_string(defaultValue)));
+}
+
+bool readBool(const IniDocument& doc, std::string_view section, std::string_view key, bool defaultValue) {
+  return equalsNoCase(readText(doc, section, key, defaultValue ? "true" : ""), "true");
+}
+
+int8_t readLevel(const IniDocument& doc, std::string_view section, std::string_view key, int8_t defaultValue) {
+  return parseLevel(readText(doc, section, key, formatLevel(defaultValue)));
+}
+
+uint32_t readClockDuration(const IniDocument& doc, std::string_view section, std::string_view key,
+                           uint32_t defaultSeconds) {
+  return parseClockText(readText(doc, section, key, formatClockText(defaultSeconds)));
+}
+
+int32_t readRecordDuration(const IniDocument& doc, std::string_view section, std::string_view key,
+                           int32_t defaultDuration) {
+  return parsePosition(readText(doc, section, key, formatPosition(defaultDuration, PositionFormat::Milliseconds)));
+}
+
 std::string readText(const std::string& path, std::string_view section, std::string_view key,
                      std::string_view defaultText) {
-  std::lock_guard<std::mutex> guard(storeLock());
-  return profileString(load(path), section, key, defaultText, kMaxSettingText);
+  return readText(loadSettingsDocument(path), section, key, defaultText);
 }
 
 bool writeText(const std::string& path, std::string_view section, std::string_view key,
@@ -56,7 +88,7 @@ bool deleteSection(const std::string& path, std::string_view section) {
 }
 
 int32_t readInt(const std::string& path, std::string_view section, std::string_view key, int32_t defaultValue) {
-  return parseLong(readText(path, section, key, std::to_string(defaultValue)));
+  return readInt(loadSettingsDocument(path), section, key, defaultValue);
 }
 
 bool writeInt(const std::string& path, std::string_view section, std::string_view key, int32_t value) {
@@ -64,7 +96,7 @@ bool writeInt(const std::string& path, std::string_view section, std::string_vie
 }
 
 bool readBool(const std::string& path, std::string_view section, std::string_view key, bool defaultValue) {
-  return equalsNoCase(readText(path, section, key, defaultValue ? "true" : ""), "true");
+  return readBool(loadSettingsDocument(path), section, key, defaultValue);
 }
 
 bool writeBool(const std::string& path, std::string_view section, std::string_view key, bool value) {
@@ -72,7 +104,7 @@ bool writeBool(const std::string& path, std::string_view section, std::string_vi
 }
 
 int8_t readLevel(const std::string& path, std::string_view section, std::string_view key, int8_t defaultValue) {
-  return parseLevel(readText(path, section, key, formatLevel(defaultValue)));
+  return readLevel(loadSettingsDocument(path), section, key, defaultValue);
 }
 
 bool writeLevel(const std::string& path, std::string_view section, std::string_view key, int8_t value) {
@@ -81,7 +113,7 @@ bool writeLevel(const std::string& path, std::string_view section, std::string_v
 
 uint32_t readClockDuration(const std::string& path, std::string_view section, std::string_view key,
                            uint32_t defaultSeconds) {
-  return parseClockText(readText(path, section, key, formatClockText(defaultSeconds)));
+  return readClockDuration(loadSettingsDocument(path), section, key, defaultSeconds);
 }
 
 bool writeClockDuration(const std::string& path, std::string_view section, std::string_view key, uint32_t seconds) {
@@ -90,7 +122,7 @@ bool writeClockDuration(const std::string& path, std::string_view section, std::
 
 int32_t readRecordDuration(const std::string& path, std::string_view section, std::string_view key,
                            int32_t defaultDuration) {
-  return parsePosition(readText(path, section, key, formatPosition(defaultDuration, PositionFormat::Milliseconds)));
+  return readRecordDuration(loadSettingsDocument(path), section, key, defaultDuration);
 }
 
 bool writeRecordDuration(const std::string& path, std::string_view section, std::string_view key, int32_t duration) {
@@ -119,26 +151,30 @@ int32_t nextNumber(const std::string& path, std::string_view section, std::strin
 
 void flushSettings(const std::string& /*path*/) {}
 
-uint32_t parseClockText(std::string_view text) {
-  uint32_t fields[3] = {0, 0, 0};
-  int field = 0;
+ClockFields readClockFields(std::string_view text) {
+  constexpr int64_t kFieldCap = INT64_C(100000000000);
+  ClockFields f;
+  int64_t* fields[3] = {&f.hour, &f.minute, &f.second};
+  int index = 0;
   for (size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
-    const char next = i + 1 < text.size() ? text[i + 1] : '\0';
-    const bool nextIsM = next == 'm' || next == 'M';
+    const bool nextIsM = i + 1 < text.size() && (text[i + 1] == 'm' || text[i + 1] == 'M');
     if (c >= '0' && c <= '9') {
-      fields[field] = fields[field] * 10 + static_cast<uint32_t>(c - '0');
+      *fields[index] = std::min(*fields[index] * 10 + (c - '0'), kFieldCap);
     } else if (c == '.' || c == '\\' || c == ':') {
-      if (field < 2) ++field;
+      if (index < 2) ++index;
     } else if ((c == 'p' || c == 'P') && nextIsM) {
-      if (fields[0] < 12) fields[0] += 12;
-      ++i;
+      if (f.hour < 12) f.hour += 12;
     } else if ((c == 'a' || c == 'A') && nextIsM) {
-      if (fields[0] == 12) fields[0] = 0;
-      ++i;
+      if (f.hour == 12) f.hour = 0;
     }
   }
-  return fields[0] * 3600 + fields[1] * 60 + fields[2];
+  return f;
+}
+
+uint32_t parseClockText(std::string_view text) {
+  const ClockFields f = readClockFields(text);
+  return static_cast<uint32_t>(static_cast<uint64_t>(f.hour * 3600 + f.minute * 60 + f.second));
 }
 
 std::string formatClockText(uint32_t seconds) {

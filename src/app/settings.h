@@ -14,10 +14,29 @@
 #include <string>
 #include <string_view>
 
+#include "app/ini_document.h"
+
 namespace vantr {
 
 // Longest text a read gives back (a 260-character buffer less its terminator).
 constexpr size_t kMaxSettingText = 259;
+
+// The whole file parsed once, for a reader that wants many keys of it (the
+// scheduler reads every item of every schedule file). A missing or unreadable
+// file gives an empty document, so every key reads as its default.
+IniDocument loadSettingsDocument(const std::string& path);
+
+// The typed reads over a document already parsed; the reads that take a path
+// below are these over the file as it is on disk at that moment.
+std::string readText(const IniDocument& doc, std::string_view section, std::string_view key,
+                     std::string_view defaultText);
+int32_t readInt(const IniDocument& doc, std::string_view section, std::string_view key, int32_t defaultValue);
+bool readBool(const IniDocument& doc, std::string_view section, std::string_view key, bool defaultValue);
+int8_t readLevel(const IniDocument& doc, std::string_view section, std::string_view key, int8_t defaultValue);
+uint32_t readClockDuration(const IniDocument& doc, std::string_view section, std::string_view key,
+                           uint32_t defaultSeconds);
+int32_t readRecordDuration(const IniDocument& doc, std::string_view section, std::string_view key,
+                           int32_t defaultDuration);
 
 // Text. A missing key (or a line with no '=') gives the default.
 std::string readText(const std::string& path, std::string_view section, std::string_view key,
@@ -64,7 +83,14 @@ int32_t nextNumber(const std::string& path, std::string_view section, std::strin
 void flushSettings(const std::string& path);
 
 // The clock-text rule: hours, minutes and seconds separated by '.', '\\' or
-// ':', with "am"/"pm" marks; no field is limited to its range.
+// ':' ('/' is no time separator; separators past the seconds stay on them);
+// "pm" adds 12 to an hour below 12 and "am" turns 12 into 0 where the letters
+// stand. No field is limited to its range (each stops growing at 10^11).
+struct ClockFields {
+  int64_t hour = 0, minute = 0, second = 0;
+};
+ClockFields readClockFields(std::string_view text);
+// The same as seconds, wrapped to 32 bits as the stored count is.
 uint32_t parseClockText(std::string_view text);
 std::string formatClockText(uint32_t seconds);
 

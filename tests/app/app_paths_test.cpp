@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "app/settings.h"
 #include "app/startup_plan.h"
 
 namespace vantr {
@@ -13,16 +14,18 @@ TEST(AppPaths, BesideTheExecutable) {
   EXPECT_EQ(win.settingsFile, "C:\\Program Files\\Korvel Works\\Vantorel\\settings.ini");
   EXPECT_EQ(win.recordingsFolder, "C:\\Program Files\\Korvel Works\\Vantorel\\Recordings\\");
   EXPECT_EQ(win.schedulesFolder, "C:\\Program Files\\Korvel Works\\Vantorel\\Schedules\\");
-  const AppPaths unc = appPathsFor("\\\\server\\share\\v.2\\vantr.exe");
-  EXPECT_EQ(unc.programFolder, "\\\\server\\share\\v.2\\");
-  const AppPaths posix = appPathsFor("/opt/vantr/vantrctl");
-  EXPECT_EQ(posix.schedulesFolder, "/opt/vantr/Schedules/");
-
+  EXPECT_EQ(appPathsFor("\\\\server\\share\\v.2\\vantr.exe").programFolder, "\\\\server\\share\\v.2\\");
+  EXPECT_EQ(appPathsFor("/opt/vantr/vantrctl").schedulesFolder, "/opt/vantr/Schedules/");
   const SplitPath parts = splitPath("D:\\dir.x\\name.part.wav");
-  EXPECT_EQ(parts.drive, "D:");
-  EXPECT_EQ(parts.folder, "\\dir.x\\");
-  EXPECT_EQ(parts.name, "name.part");
-  EXPECT_EQ(parts.extension, ".wav");
+  EXPECT_EQ(parts.drive + "|" + parts.folder + "|" + parts.name + "|" + parts.extension, "D:|\\dir.x\\|name.part|.wav");
+
+  // clang-format off
+  struct { const char *path, *name, *expected; } rows[] = {
+      {"C:\\Vantorel\\settings.ini", "a.dcb", "C:\\Vantorel\\a.dcb"}, {"C:settings.ini", "x.dcb", "C:x.dcb"},
+      {"/opt/vantr/settings.ini", "a.dcb", "/opt/vantr/a.dcb"}, {"settings.ini", "a.dcb", "a.dcb"},
+      {"D:\\a.b\\noext", "n", "D:\\a.b\\n"}, {"", "a.dcb", ""}};
+  // clang-format on
+  for (const auto& row : rows) EXPECT_EQ(pathBeside(row.path, row.name), row.expected) << row.path;
 }
 
 TEST(StartupPlan, NameAndFirstArgumentDecide) {
@@ -31,25 +34,17 @@ TEST(StartupPlan, NameAndFirstArgumentDecide) {
   EXPECT_EQ(appKindFor("Uninst"), AppKind::Uninstaller);
   EXPECT_EQ(appKindFor("VANTR"), AppKind::RecordingSystem);
   EXPECT_EQ(appKindFor("SETUP2"), AppKind::RecordingSystem);
-
-  struct Row {
-    std::vector<std::string> args;
-    RunMode mode;
-    int showFlag;
-  } rows[] = {
-      {{}, RunMode::Normal, 1},
-      {{"/logon"}, RunMode::Logon, 0},
-      {{"/service"}, RunMode::Service, 0},
-      {{"/logon", "/service"}, RunMode::Logon, 0},  // only the first argument counts
-      {{"/open"}, RunMode::Normal, 1},
-      {{"/install"}, RunMode::Normal, 1},
-      {{"/LOGON"}, RunMode::Normal, 1},  // compared exactly
-      {{"/open", "/logon"}, RunMode::Normal, 1},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(runModeFor(row.args), row.mode);
-    EXPECT_EQ(secondStartShowFlag(runModeFor(row.args)), row.showFlag);
-    EXPECT_EQ(startsHidden(runModeFor(row.args)), row.showFlag == 0);
+  // clang-format off
+  struct { std::vector<std::string> args; RunMode mode; } rows[] = {
+      {{}, RunMode::Normal}, {{"/logon"}, RunMode::Logon}, {{"/service"}, RunMode::Service},
+      {{"/open"}, RunMode::Normal}, {{"/install"}, RunMode::Normal}, {{"/LOGON"}, RunMode::Normal},
+      {{"/open", "/logon"}, RunMode::Normal}, {{"/logon", "/service"}, RunMode::Logon}};  // only the first counts
+  // clang-format on
+  for (const auto& row : rows) {
+    const RunMode mode = runModeFor(row.args);
+    EXPECT_EQ(mode, row.mode) << row.args.size();
+    EXPECT_EQ(secondStartShowFlag(mode), mode == RunMode::Normal ? 1 : 0);
+    EXPECT_EQ(startsHidden(mode), mode != RunMode::Normal);
   }
 }
 

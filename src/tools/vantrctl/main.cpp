@@ -6,11 +6,6 @@
 
 namespace vantr::ctl {
 
-int usageError(std::ostream& err, const std::string& message) {
-  err << "vantrctl: " << message << '\n';
-  return 2;
-}
-
 namespace {
 
 const Command* const kGroups[] = {kScheduleCommands, kWavCommands};

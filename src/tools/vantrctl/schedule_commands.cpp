@@ -1,8 +1,164 @@
+// vantrctl list and agenda: the schedule lists of every named file as the main
+// window shows them, and what the scheduler engine would do over a span of
+// simulated time, without touching any file.
+#include <cstdio>
+#include <memory>
+
+#include "audio/data/time_position.h"
+#include "base/civil.h"
+#include "base/text.h"
+#include "schedule/schedule_item.h"
+#include "schedule/schedule_time.h"
+#include "schedule/scheduler.h"
 #include "tools/vantrctl/commands.h"
 
 namespace vantr::ctl {
 
+namespace {
+
+// Options of the form "--name value"; false (with a message) for anything else.
+struct Options {
+  std::string schedules, from, to, step;
+};
+
+bool parseOptions(const Args& args, bool agenda, Options& options, std::string& error) {
+  for (size_t i = 0; i < args.size(); ++i) {
+    const std::string& name = args[i];
+    std::string* target = nullptr;
+    if (name == "--schedules") target = &options.schedules;
+    if (agenda && name == "--from") target = &options.from;
+    if (agenda && name == "--to") target = &options.to;
+    if (agenda && name == "--step") target = &options.step;
+    if (!target) {
+      error = "unexpected argument '" + name + "'";
+      return false;
+    }
+    if (i + 1 >= args.size()) {
+      error = name + " needs a value";
+      return false;
+    }
+    *target = args[++i];
+  }
+  if (options.schedules.empty()) {
+    error = "--schedules DIR is required";
+    return false;
+  }
+  return true;
+}
+
+// An absolute moment in the stored form (05/03/04-14:07:09).
+bool parseMoment(const std::string& option, const std::string& text, int64_t& seconds, std::string& error) {
+  // The stored reader makes something of any text; here only digits and
+  // separators are taken, so that a typing error is not read as 2000-01-01.
+  const bool shaped = text.find_first_of("0123456789") != std::string::npos &&
+                      text.find_first_not_of("0123456789/\\.:-") == std::string::npos;
+  ScheduleTime value = -1;
+  if (shaped) ParseStoredDateTime(value, text);
+  if (value < 1 || value == kNever || isAnnual(value)) {
+    error = option + " needs a date and time such as 05/03/04-14:07:09, not '" + text + "'";
+    return false;
+  }
+  seconds = value;
+  return true;
+}
+
+std::string stamp(int64_t seconds) {
+  const CivilTime t = civilFromSeconds(seconds);
+  char text[64];
+  std::snprintf(text, sizeof text, "%04lld-%02lld-%02lld %02lld:%02lld:%02lld", static_cast<long long>(t.year),
+                static_cast<long long>(t.month), static_cast<long long>(t.day), static_cast<long long>(t.hour),
+                static_cast<long long>(t.minute), static_cast<long long>(t.second));
+  return text;
+}
+
+std::string channelText(int channel) { return channel < 0 ? "default" : std::to_string(channel); }
+
+// Prints what the engine starts. A delete only drops the file from the
+// simulation, so the rebuild that follows no longer loads its items.
+class AgendaActions : public SchedulerActions {
+ public:
+  AgendaActions(ScheduleTable& table, std::vector<NamedSchedule>& files, std::ostream& out)
+      : m_table(table), m_files(files), m_out(out) {}
+
+  void setNow(int64_t now) { m_now = now; }
+
+  void play(const std::string& fileName, int channel) override {
+    m_out << stamp(m_table.lastSecond) << " play " << fileName << " chan=" << channelText(channel) << '\n';
+  }
+  void record(const std::string& fileName, int channel, int32_t duration) override {
+    m_out << stamp(m_table.lastSecond) << " record " << fileName << " chan=" << channelText(channel)
+          << " duration=" << formatPosition(duration, PositionFormat::Tenths).substr(1) << '\n';
+  }
+  void deleteFile(const std::string& fileName) override {
+    m_out << stamp(m_table.lastSecond) << " delete " << fileName << '\n';
+    for (auto it = m_files.begin(); it != m_files.end();) {
+      it = equalsNoCase(it->name, fileName) ? m_files.erase(it) : it + 1;
+    }
+  }
+  // As the program does after a delete: the table is reloaded at once and
+  // the walk goes on over it.
+  void rebuild() override { RebuildSchedules(m_table, m_files, m_now); }
+
+ private:
+  ScheduleTable& m_table;
+  std::vector<NamedSchedule>& m_files;
+  std::ostream& m_out;
+  int64_t m_now = 0;
+};
+
+int runList(const Args& args, std::ostream& out, std::ostream& err) {
+  Options options;
+  std::string error;
+  if (!parseOptions(args, false, options, error)) return usageError(err, error);
+  std::vector<NamedSchedule> files;
+  if (!loadNamedSchedules(options.schedules, files)) {
+    return usageError(err, "cannot read the schedules folder '" + options.schedules + "'");
+  }
+  const int order = localeDateOrder();
+  for (const NamedSchedule& file : files) {
+    out << '[' << file.name << "]\n";
+    for (const ScheduleListLine& line : FillScheduleList(file.doc, order)) out << line.text << '\n';
+  }
+  return 0;
+}
+
+int runAgenda(const Args& args, std::ostream& out, std::ostream& err) {
+  Options options;
+  std::string error;
+  if (!parseOptions(args, true, options, error)) return usageError(err, error);
+  if (options.from.empty() || options.to.empty()) return usageError(err, "--from and --to are required");
+  int64_t from = 0, to = 0;
+  if (!parseMoment("--from", options.from, from, error) || !parseMoment("--to", options.to, to, error)) {
+    return usageError(err, error);
+  }
+  if (to < from) return usageError(err, "--to lies before --from");
+  int64_t step = 1;
+  if (!options.step.empty()) {
+    const bool digitsOnly = options.step.find_first_not_of("0123456789") == std::string::npos;
+    step = digitsOnly ? parseLong(options.step) : 0;
+    if (step < 1) return usageError(err, "--step needs a whole number of seconds of 1 or more");
+  }
+  std::vector<NamedSchedule> files;
+  if (!loadNamedSchedules(options.schedules, files)) {
+    return usageError(err, "cannot read the schedules folder '" + options.schedules + "'");
+  }
+
+  auto table = std::make_unique<ScheduleTable>();
+  RebuildSchedules(*table, files, from);
+  AgendaActions actions(*table, files, out);
+  // Ticks as the timer would, each at the start of its second.
+  for (int64_t now = from; now <= to; now += step) {
+    actions.setNow(now);
+    SchedulerTick(*table, now, actions);
+  }
+  return 0;
+}
+
+}  // namespace
+
 const Command kScheduleCommands[] = {
+    {"list", "--schedules DIR", runList},
+    {"agenda", "--schedules DIR --from DD/MM/YY-HH:MM:SS --to DD/MM/YY-HH:MM:SS [--step N]", runAgenda},
     {nullptr, nullptr, nullptr},
 };
 

@@ -1,0 +1,105 @@
+// The scheduler engine: one table of every active item of every named file,
+// walked one second at a time by the main window's timer, starting the plays,
+// recordings and file deletions whose second has come.
+//
+// The engine decides only what is due; what a start means is the business of
+// the SchedulerActions it is given (the main window in the program, a recorder
+// of calls in tests and in vantrctl's agenda).
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "app/ini_document.h"
+#include "schedule/schedule_item.h"
+
+namespace vantr {
+
+constexpr size_t kMaxNameLength = 47;
+constexpr uint8_t kDefaultChannelByte = 255;  // the stored -1
+
+struct ScheduleEntry {
+  uint8_t kind = 0;  // 0 marks a free slot
+  char fileName[kMaxNameLength + 1] = {};
+  uint8_t channel = 0;             // kDefaultChannelByte for the default device
+  int32_t duration = 0;            // record kinds only
+  ScheduleTime date = kNever;      // once kinds
+  TimeOfDay timeOfDay = 0;         // regular kinds
+  uint8_t days = 0;                // regular kinds: bit 0 Sunday ... bit 6 Saturday
+  ScheduleTime commence = kNever;  // regular kinds
+  ScheduleTime expire = kNever;    // regular kinds
+};
+
+struct ScheduleTable {
+  static constexpr size_t kCapacity = 1024;
+  std::array<ScheduleEntry, kCapacity> entries{};
+  size_t count = 0;
+  // The last second evaluated (seconds since 1970 of the local wall clock).
+  int64_t lastSecond = 0;
+};
+
+// What the engine starts. Channels are 0 to 3, or -1 for the default device.
+class SchedulerActions {
+ public:
+  virtual ~SchedulerActions() = default;
+  virtual void play(const std::string& fileName, int channel) = 0;
+  virtual void record(const std::string& fileName, int channel, int32_t duration) = 0;
+  // Deletes the named file (deleteNamedFile below in the program).
+  virtual void deleteFile(const std::string& fileName) = 0;
+  // RebuildSchedules with no names to select, after a scheduled delete.
+  virtual void rebuild() = 0;
+  // The second just evaluated, for the main window's clock field (shown with
+  // FormatTime).
+  virtual void showTime(int64_t /*second*/) {}
+};
+
+// A named file's schedule file, already parsed.
+struct NamedSchedule {
+  std::string name;
+  IniDocument doc;
+};
+
+// The names of the named files of a schedules folder (its "*.qsf" files,
+// without the extension), ordered by name without regard to case. False when
+// the folder cannot be read.
+bool listNamedFiles(const std::string& schedulesFolder, std::vector<std::string>& names);
+// Every named file of the folder with its schedule file parsed; a file that
+// cannot be read has no items.
+bool loadNamedSchedules(const std::string& schedulesFolder, std::vector<NamedSchedule>& files);
+
+// Appends the items of one schedule file to the table, dropping those that can
+// never fire again (a once item dated before now - 60, a regular item expired
+// before now - 60) and stopping when the table is full.
+void loadScheduleItems(ScheduleTable& table, const std::string& name, const IniDocument& doc, int64_t now);
+
+// Reloads the whole table from the named files, in their order, then section
+// order. lastSecond is kept.
+void RebuildSchedules(ScheduleTable& table, const std::vector<NamedSchedule>& files, int64_t now);
+// The same from the schedules folder; returns the names found (the file list)
+// and gives an empty table when the folder cannot be read.
+std::vector<std::string> RebuildSchedules(ScheduleTable& table, const std::string& schedulesFolder, int64_t now);
+
+// Walks the seconds since the last tick up to now and carries out the items
+// due in each. Returns whether a new second was reached. A last second more
+// than 20 seconds behind now, or ahead of it, restarts the walk at now - 60:
+// the first tick after start, a stalled timer and a clock set back all
+// evaluate the last minute (again).
+bool SchedulerTick(ScheduleTable& table, int64_t now, SchedulerActions& actions);
+
+// Something that can stop every player and recorder holding a named file.
+class NamedFileUsers {
+ public:
+  virtual ~NamedFileUsers() = default;
+  // Stops each of the four players and four recorders whose current file name
+  // equals fileName without regard to case.
+  virtual void stopEveryUserOf(const std::string& fileName) = 0;
+};
+
+// The delete-file operation: stops every player and recorder of the file,
+// then removes its schedule file and its audio file. Failures are ignored.
+void deleteNamedFile(NamedFileUsers& users, const std::string& schedulesFolder, const std::string& recordingsFolder,
+                     const std::string& fileName);
+
+}  // namespace vantr
