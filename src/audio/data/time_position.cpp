@@ -4,6 +4,19 @@
 
 namespace vantr {
 
+int32_t framesToTime(int32_t frames, int32_t rate) {
+  if (rate < 1) return 0;
+  const int64_t whole = frames / rate;
+  const int64_t part = static_cast<int64_t>(frames % rate) * kPositionUnitsPerSecond / rate;
+  return static_cast<int32_t>(whole * kPositionUnitsPerSecond + part);
+}
+
+int32_t timeToFrames(int32_t time, int32_t rate) {
+  const int64_t whole = static_cast<int64_t>(time / kPositionUnitsPerSecond) * rate;
+  const int64_t part = static_cast<int64_t>(time % kPositionUnitsPerSecond) * rate / kPositionUnitsPerSecond;
+  return static_cast<int32_t>(whole + part);
+}
+
 std::string formatPosition(int32_t position, PositionFormat format) {
   // Worked in 64 bits: the absolute value of INT32_MIN and the rounding
   // addition both overflow 32 bits.

@@ -17,6 +17,13 @@ enum class PositionFormat {
   Seconds,       // " 0:00:00" (rounded at the tenth, then the tenth dropped)
 };
 
+// A length in frames at a sample rate as ten-thousandths of a second, and back,
+// in integer steps that never overflow for lengths a 32-bit count can hold:
+// (L / R) * 10000 + ((L mod R) * 10000) / R. A rate below 1 gives 0.
+int32_t framesToTime(int32_t frames, int32_t rate);
+// (T / 10000) * R + ((T mod 10000) * R) / 10000.
+int32_t timeToFrames(int32_t time, int32_t rate);
+
 // The sign character (a space, or '-'), then hours (not wrapped at 24),
 // minutes, seconds and the decimals of the format, rounded at the last digit.
 std::string formatPosition(int32_t position, PositionFormat format);
