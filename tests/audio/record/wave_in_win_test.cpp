@@ -1,0 +1,98 @@
+// The recorder on a real device of the test bed: tone bursts played into a
+// null sink are recorded from that sink's monitor; the recording holds the
+// bursts, the long silence between them cut to 0.7 s, and 50 ms of tail.
+#include <windows.h>
+
+#include <gtest/gtest.h>
+#include <mmsystem.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "audio/data/time_position.h"
+#include "audio/record/memory_sink.h"
+#include "audio/record/wave_in_win.h"
+#include "audio/test_bed_devices_win.h"
+
+namespace vantr {
+namespace {
+
+constexpr int kRate = 44100;
+
+TEST(WaveInRecorder, RecordsABurstFromASinkMonitor) {
+  const int out = outputDeviceNamed("Vantorel_Out_B");
+  const int in = inputDeviceNamed("Monitor of Vantorel_Out_B");
+  ASSERT_GE(out, 0);
+  ASSERT_GE(in, 0);
+
+  // 0.3 s of silence, a burst of 1 s of 1000 Hz at 0 dB (amplitude 8192),
+  // 3 s of silence, a burst of 0.5 s, and 1 s of silence.
+  std::vector<int16_t> signal(kRate * 58 / 10, 0);
+  const auto burst = [&](int start, int frames) {
+    for (int i = 0; i < frames; ++i)
+      signal[start + i] = static_cast<int16_t>(std::lround(8192 * std::sin(2 * M_PI * 1000.0 * i / kRate)));
+  };
+  burst(kRate * 3 / 10, kRate);
+  burst(kRate * 43 / 10, kRate / 2);
+
+  LSoundRecorder_Window recorder(GetModuleHandleA(nullptr));
+  BufferCounter events;
+  recorder.recorder().setListener(&events, 1);
+  recorder.recorder().setDevice(static_cast<int8_t>(in));
+  auto* sink = new MemorySink(kRate, 1);
+  const LSoundSink output(sink);
+  ASSERT_TRUE(recorder.Start(output, 0, -30, 20000));  // 2 s silence limit
+  ASSERT_TRUE(waitForCapture(events, 3)) << "the monitor delivers nothing";
+
+  HWAVEOUT wave = nullptr;
+  WAVEFORMATEX format{WAVE_FORMAT_PCM, 1, kRate, kRate * 2, 2, 16, 0};
+  ASSERT_EQ(waveOutOpen(&wave, out, &format, 0, 0, CALLBACK_NULL), MMSYSERR_NOERROR);
+  WAVEHDR header{};
+  header.lpData = reinterpret_cast<LPSTR>(signal.data());
+  header.dwBufferLength = static_cast<DWORD>(signal.size() * 2);
+  waveOutPrepareHeader(wave, &header, sizeof header);
+  waveOutWrite(wave, &header, sizeof header);
+  for (int i = 0; i < 200 && !(header.dwFlags & WHDR_DONE); ++i) pumpMessagesFor(50);
+  pumpMessagesFor(2500);
+  EXPECT_TRUE(header.dwFlags & WHDR_DONE) << "the signal did not finish playing";
+  waveOutUnprepareHeader(wave, &header, sizeof header);
+  waveOutClose(wave);
+
+  recorder.recorder().Stop();
+  EXPECT_EQ(events.started, 2) << "the gate opens once for each burst";
+  EXPECT_EQ(events.stopped, 1);
+
+  // Where the tone is, in 10 ms steps of the recording.
+  const std::vector<int32_t>& v = sink->values();
+  const int step = kRate / 100;
+  std::vector<std::pair<int, int>> runs;  // [first, last] step of each stretch of tone
+  for (int k = 0; k + step <= static_cast<int>(v.size()); k += step) {
+    int32_t peak = 0;
+    for (int i = k; i < k + step; ++i) peak = std::max(peak, std::abs(v[i]));
+    const bool loud = peak > 1000 * 16;
+    if (loud && (runs.empty() || runs.back().second != k / step - 1)) runs.push_back({k / step, k / step});
+    if (loud) runs.back().second = k / step;
+  }
+  ASSERT_EQ(runs.size(), 2u) << "two bursts, nothing else";
+  const auto length = [](const std::pair<int, int>& r) { return r.second - r.first + 1; };
+  EXPECT_NEAR(length(runs[0]), 100, 3);
+  EXPECT_NEAR(length(runs[1]), 50, 3);
+  EXPECT_LE(runs[0].first, 16) << "the recording opens with the first burst, after at most the pre-roll";
+  // The 3 s silence is cut to 0.7 s after the first burst's last loud buffer;
+  // the second burst opens with its pre-roll.
+  const int gap = runs[1].first - runs[0].second - 1;
+  EXPECT_GE(gap, 65);
+  EXPECT_LE(gap, 100);
+  // The end: 50 ms after the last loud buffer.
+  const int tail = static_cast<int>(v.size()) / step - runs[1].second - 1;
+  EXPECT_GE(tail, 4);
+  EXPECT_LE(tail, 16);
+  EXPECT_NEAR(peakLevel(v.data(), static_cast<int32_t>(v.size()), 1, 0), 0, 1) << "the bursts' level";
+}
+
+}  // namespace
+}  // namespace vantr
