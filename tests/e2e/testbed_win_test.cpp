@@ -16,39 +16,35 @@ namespace vantr {
 namespace {
 
 TEST(TestBed, FourOutputsAndTheirMonitors) {
-  std::set<std::string> outputs, inputs;
+  std::set<std::string> devices;
   for (UINT i = 0; i < waveOutGetNumDevs(); ++i) {
     WAVEOUTCAPSA caps{};
-    if (waveOutGetDevCapsA(i, &caps, sizeof caps) == MMSYSERR_NOERROR) outputs.insert(caps.szPname);
+    if (waveOutGetDevCapsA(i, &caps, sizeof caps) == MMSYSERR_NOERROR)
+      devices.insert(std::string("out ") + caps.szPname);
   }
   for (UINT i = 0; i < waveInGetNumDevs(); ++i) {
     WAVEINCAPSA caps{};
-    if (waveInGetDevCapsA(i, &caps, sizeof caps) == MMSYSERR_NOERROR) inputs.insert(caps.szPname);
+    if (waveInGetDevCapsA(i, &caps, sizeof caps) == MMSYSERR_NOERROR) devices.insert(std::string("in ") + caps.szPname);
   }
   for (const char* sink : {"Vantorel_Out_A", "Vantorel_Out_B", "Vantorel_Out_C", "Vantorel_Out_D"}) {
-    EXPECT_TRUE(outputs.count(sink)) << "no output device " << sink;
-    EXPECT_TRUE(inputs.count(std::string("Monitor of ") + sink)) << "no input device for " << sink;
+    EXPECT_TRUE(devices.count(std::string("out ") + sink)) << "no output device " << sink;
+    EXPECT_TRUE(devices.count(std::string("in Monitor of ") + sink)) << "no input device for " << sink;
   }
 }
 
 TEST(TestBed, SerialPortsReachTheirPseudoTerminals) {
-  for (const char* name : {"COM1", "COM2"}) {
-    const std::string port = std::string("\\\\.\\") + name;
-    HANDLE h = CreateFileA(port.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  for (const std::string name : {"COM1", "COM2"}) {
+    HANDLE h =
+        CreateFileA(("\\\\.\\" + name).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(h, INVALID_HANDLE_VALUE) << name << " does not open";
-    DCB dcb{};
-    dcb.DCBlength = sizeof dcb;
-    EXPECT_TRUE(GetCommState(h, &dcb)) << name;
-    const char* peerVariable = std::string(name) == "COM1" ? "VANTR_TTY_COM1" : "VANTR_TTY_COM2";
-    const char* peer = std::getenv(peerVariable);
-    ASSERT_TRUE(peer) << peerVariable << " is not set: run through winrun";
+    const char* peer = std::getenv(("VANTR_TTY_" + name).c_str());
+    ASSERT_TRUE(peer) << "VANTR_TTY_" << name << " is not set: run through winrun";
     HANDLE other = CreateFileA(nativePath(peer).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(other, INVALID_HANDLE_VALUE) << "the other end of " << name << " does not open";
-    DWORD written = 0;
-    ASSERT_TRUE(WriteFile(h, "[ping]", 6, &written, nullptr));
+    DWORD written = 0, read = 0;
     char got[7] = {};
-    DWORD read = 0;
+    ASSERT_TRUE(WriteFile(h, "[ping]", 6, &written, nullptr));
     EXPECT_TRUE(ReadFile(other, got, 6, &read, nullptr));
     EXPECT_STREQ(got, "[ping]") << name;
     CloseHandle(other);

@@ -1,17 +1,18 @@
 #include "vantr_process.h"
 
 #include <chrono>
+#include <cstring>
 #include <thread>
 
 namespace vantr::e2e {
 
 bool waitFor(const std::function<bool()>& pred, int ms) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
-  for (;;) {
-    if (pred()) return true;
+  while (!pred()) {
     if (std::chrono::steady_clock::now() > deadline) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
+  return true;
 }
 
 HWND findFrame() { return FindWindowA("OWL_Window", "Vantorel"); }
@@ -21,36 +22,24 @@ HWND findBox(const char* title) {
   return box && IsWindowVisible(box) ? box : nullptr;
 }
 
-std::string windowText(HWND hwnd) {
-  char text[512] = {};
-  SendMessageA(hwnd, WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text));
-  return text;
-}
-
 std::string boxText(HWND box) {
   std::string found;
-  for (HWND child = FindWindowExA(box, nullptr, "Static", nullptr); child;
-       child = FindWindowExA(box, child, "Static", nullptr)) {
-    const std::string text = windowText(child);
-    if (text.size() > found.size()) found = text;
+  for (HWND child = nullptr; (child = FindWindowExA(box, child, "Static", nullptr)) != nullptr;) {
+    char text[512] = {};
+    GetWindowTextA(child, text, sizeof text);
+    if (std::strlen(text) > found.size()) found = text;
   }
   return found;
 }
 
-ProgramFolder::ProgramFolder() : m_path(m_dir.path()) {
-  CopyFileA(nativePath(VANTR_EXE).c_str(), m_dir.file("vantr.exe").c_str(), FALSE);
-}
-
 std::unique_ptr<ChildProcess> ProgramFolder::start(const std::vector<std::string>& args) const {
   auto process = std::make_unique<ChildProcess>();
-  if (!process->start(m_dir.file("vantr.exe"), args)) return nullptr;
-  return process;
+  return process->start(m_dir.file("vantr.exe"), args) ? std::move(process) : nullptr;
 }
 
 void endRunningCopies() {
-  for (int attempt = 0; attempt < 50; ++attempt) {
-    HWND frame = findFrame();
-    if (!frame) return;
+  HWND frame;
+  for (int attempt = 0; attempt < 50 && (frame = findFrame()) != nullptr; ++attempt) {
     DWORD pid = 0;
     GetWindowThreadProcessId(frame, &pid);
     PostMessageA(frame, 1044, 0, 0);

@@ -1,6 +1,5 @@
 // Starts vantr.exe in a fresh program folder and finds its windows the way
-// other processes do: by the frame's class and title, control ids and the
-// private messages.
+// other processes do: by class and title.
 #pragma once
 
 #include <windows.h>
@@ -17,25 +16,20 @@ namespace vantr::e2e {
 
 // Polls pred every 20 ms for up to ms milliseconds.
 bool waitFor(const std::function<bool()>& pred, int ms = 10000);
-
 HWND findFrame();
-// A top-level dialog box (class "#32770") with that title, visible.
+// A visible top-level dialog box with that title, and the longest static text in it.
 HWND findBox(const char* title);
-// The message text of a message box.
 std::string boxText(HWND box);
-std::string windowText(HWND hwnd);
 
 class ProgramFolder {
  public:
-  ProgramFolder();
-  const std::string& path() const { return m_path; }
-  std::vector<std::string> entries() const { return m_dir.entries(); }
-  // Starts vantr.exe from this folder; the caller keeps the process.
+  ProgramFolder() { CopyFileA(nativePath(VANTR_EXE).c_str(), m_dir.file("vantr.exe").c_str(), FALSE); }
+  std::string path() const { return m_dir.path(); }
+  // Starts vantr.exe from this folder; null if it cannot.
   std::unique_ptr<ChildProcess> start(const std::vector<std::string>& args) const;
 
  private:
   TempDir m_dir;
-  std::string m_path;
 };
 
 // Ends every running copy (quit message, then kill), so each test starts clean.
