@@ -1,5 +1,6 @@
 #include "audio/data/time_position.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace vantr {
@@ -75,5 +76,7 @@ int32_t parsePosition(std::string_view text) {
   if (negative) result = 0u - result;
   return static_cast<int32_t>(result);
 }
+
+int32_t framesPerTenthSecond(uint32_t rate) { return static_cast<int32_t>(std::clamp<uint32_t>(rate / 10, 20, 8192)); }
 
 }  // namespace vantr

@@ -21,6 +21,9 @@ enum class PositionFormat {
 // in integer steps that never overflow for lengths a 32-bit count can hold:
 // (L / R) * 10000 + ((L mod R) * 10000) / R. A rate below 1 gives 0.
 int32_t framesToTime(int32_t frames, int32_t rate);
+// The frames in a tenth of a second at `rate`, kept within 20..8192: the
+// length of a recorder's buffer and of a player's block.
+int32_t framesPerTenthSecond(uint32_t rate);
 // (T / 10000) * R + ((T mod 10000) * R) / 10000.
 int32_t timeToFrames(int32_t time, int32_t rate);
 

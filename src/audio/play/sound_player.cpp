@@ -13,8 +13,6 @@ namespace vantr {
 
 namespace {
 
-constexpr int32_t kMinBlockFrames = 20;
-constexpr int32_t kMaxBlockFrames = 8192;
 // The mean square of a 0 dB sine after the shift by 5.
 constexpr double kZeroDbPower = 8388626.0;
 constexpr int kOverviewPoints = 512;
@@ -34,9 +32,7 @@ uint64_t meanSquare(const int32_t* values, int32_t frames, int channels, int cha
 
 int8_t powerLevel(uint64_t meanSquare) {
   if (meanSquare == 0) return -127;
-  double db = 10.0 * std::log10(static_cast<double>(meanSquare) / kZeroDbPower);
-  db += meanSquare >= static_cast<uint64_t>(kZeroDbPower) ? 0.5 : -0.5;
-  return static_cast<int8_t>(std::clamp(static_cast<int>(db), -127, 127));
+  return levelFromDecibels(10.0 * std::log10(static_cast<double>(meanSquare) / kZeroDbPower));
 }
 
 }  // namespace
@@ -85,7 +81,7 @@ bool LSoundPlayer::Open(const LSoundSource& given, bool startPaused) {
     std::lock_guard<std::mutex> hold(m_lock);
     if (!m_device.open(m_deviceIndex, channels, rate, false) && !m_device.open(m_deviceIndex, channels, rate, true))
       return false;
-    const int32_t blockFrames = std::clamp<int32_t>(static_cast<int32_t>(rate / 10), kMinBlockFrames, kMaxBlockFrames);
+    const int32_t blockFrames = framesPerTenthSecond(rate);
     if (!m_device.makeBlocks(kBlocks, static_cast<size_t>(blockFrames) * channels * sizeof(int16_t))) {
       m_device.close();
       return false;

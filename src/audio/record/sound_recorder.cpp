@@ -10,16 +10,12 @@ namespace vantr {
 
 namespace {
 
-constexpr int32_t kMaxFramesPerBuffer = 8192;
-constexpr int32_t kMinFramesPerBuffer = 20;
 // A silence longer than the limit is cut back to this long after the last loud moment.
 constexpr int32_t kSilenceKept = 7000;
 // At Stop the tail after the last loud moment is cut back to this.
 constexpr int32_t kTailKept = 500;
 // 0 dB on the common scale: a 16-bit amplitude of 8192, times 16.
 constexpr double kZeroDbPeak = 131072.0;
-
-int8_t clampLevel(int level) { return static_cast<int8_t>(std::clamp(level, -127, 127)); }
 
 }  // namespace
 
@@ -32,9 +28,7 @@ int8_t peakLevel(const int32_t* values, int32_t frames, int channels, int channe
   }
   const int64_t peak = std::max(largest, -smallest);
   if (peak == 0) return -127;
-  double db = 20.0 * std::log10(static_cast<double>(peak) / kZeroDbPeak);
-  db += peak >= static_cast<int64_t>(kZeroDbPeak) ? 0.5 : -0.5;
-  return clampLevel(static_cast<int>(db));  // truncated toward zero
+  return levelFromDecibels(20.0 * std::log10(static_cast<double>(peak) / kZeroDbPeak));
 }
 
 int32_t LSoundRecorder::outputTime() const {
@@ -47,7 +41,7 @@ bool LSoundRecorder::Start(const LSoundSink& output, int32_t maxDuration, int8_t
 
   const uint32_t rate = output->sampleRate();
   const uint8_t channels = output->channels();
-  m_framesPerBuffer = static_cast<int32_t>(std::clamp<uint32_t>(rate / 10, kMinFramesPerBuffer, kMaxFramesPerBuffer));
+  m_framesPerBuffer = framesPerTenthSecond(rate);
   m_samplesPerBuffer = m_framesPerBuffer * channels;
   m_work.assign(m_samplesPerBuffer, 0);
   m_preRoll.assign(m_samplesPerBuffer, 0);
