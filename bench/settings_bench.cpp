@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "app/settings.h"
 #include "base/file.h"
+#include "store/settings.h"
 #include "test_support/temp_dir.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "app/ini_document.h"
 #include "fuzz_check.h"
+#include "store/ini_document.h"
 
 using vantr::IniDocument;
 

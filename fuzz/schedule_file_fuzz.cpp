@@ -6,8 +6,8 @@
 #include <memory>
 #include <string>
 
-#include "app/ini_document.h"
 #include "fuzz_check.h"
+#include "store/ini_document.h"
 
 using vantr::fuzz::check;
 #include "schedule/schedule_item.h"

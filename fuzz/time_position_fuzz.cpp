@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "audio/data/time_position.h"
+#include "base/time_position.h"
 #include "fuzz_check.h"
 
 using vantr::fuzz::check;

@@ -9,6 +9,9 @@ cd "$root"
 start=$(date +%s)
 "$root/scripts/deps.sh"
 
+echo "== include order"
+scripts/check_layers.sh
+
 echo "== native build and tests"
 scripts/build.sh native
 (cd build/native && ctest --output-on-failure -j "$(nproc)" --timeout 300) | tee build/native-ctest.log

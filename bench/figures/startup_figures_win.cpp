@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "app/settings.h"
 #include "base/file.h"
 #include "e2e/vantr_process.h"
+#include "store/settings.h"
 
 using Clock = std::chrono::steady_clock;
 

@@ -4,17 +4,9 @@
 #include <string>
 #include <string_view>
 
-namespace vantr {
+#include "base/path.h"
 
-// A path split the way Windows' _splitpath does: "C:" + "\\dir\\" + "name" + ".ext".
-// Both '\\' and '/' count as separators; the folder keeps its trailing one.
-struct SplitPath {
-  std::string drive;
-  std::string folder;
-  std::string name;
-  std::string extension;
-};
-SplitPath splitPath(std::string_view path);
+namespace vantr {
 
 struct AppPaths {
   std::string programFolder;     // drive and folder of the executable, ending in a separator

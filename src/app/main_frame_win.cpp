@@ -4,10 +4,11 @@
 
 #include <cstring>
 
-#include "app/messages.h"
 #include "app/service_win.h"
 #include "resource.h"
 #include "ui/main_dialog_win.h"
+#include "win/handles_win.h"
+#include "win/messages.h"
 
 namespace vantr {
 
@@ -25,9 +26,6 @@ MainFrame::~MainFrame() {
 
 bool MainFrame::registerClass(HINSTANCE instance) {
   WNDCLASSEXA wc{};
-  wc.cbSize = sizeof wc;
-  if (GetClassInfoExA(instance, kFrameClassName, &wc)) return true;
-  wc.cbSize = sizeof wc;
   wc.style = CS_DBLCLKS;
   wc.lpfnWndProc = &MainFrame::StaticProc;
   wc.hInstance = instance;
@@ -36,16 +34,16 @@ bool MainFrame::registerClass(HINSTANCE instance) {
   wc.hCursor = LoadCursorA(nullptr, MAKEINTRESOURCEA(32512));  // IDC_ARROW
   wc.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1);
   wc.lpszClassName = kFrameClassName;
-  return RegisterClassExA(&wc) != 0;
+  return registerWindowClass(wc);
 }
 
 bool MainFrame::create() {
-  HMENU menu = LoadMenuA(m_instance, MAKEINTRESOURCEA(IDM_FRAME));
+  // The menu belongs to the frame once the frame exists.
+  OwnedMenu menu(LoadMenuA(m_instance, MAKEINTRESOURCEA(IDM_FRAME)));
   if (!CreateWindowExA(0, kFrameClassName, kFrameTitle, kFrameStyle, CW_USEDEFAULT, CW_USEDEFAULT, 400, 300, nullptr,
-                       menu, m_instance, this)) {
-    if (menu) DestroyMenu(menu);
+                       menu.get(), m_instance, this))
     return false;
-  }
+  menu.release();
   if (!m_dialog.hwnd()) return false;
   if (startsHidden(m_mode)) {
     hide();
@@ -133,9 +131,9 @@ void MainFrame::OnGetMinMaxInfo(MINMAXINFO* info) const {
 
 void MainFrame::OnCommand(UINT id, WPARAM wParam, LPARAM lParam) {
   switch (id) {
-    case kCmdOpenWindow: open(); break;
-    case kCmdCloseWindow: hide(); break;
-    case kCmdExit: PostMessageA(m_hwnd, WM_CLOSE, 0, 0); break;
+    case CM_OPEN_WINDOW: open(); break;
+    case CM_CLOSE_WINDOW: hide(); break;
+    case CM_EXIT: PostMessageA(m_hwnd, WM_CLOSE, 0, 0); break;
     default:
       // Every other menu command belongs to the work window.
       if (m_dialog.hwnd()) SendMessageA(m_dialog.hwnd(), WM_COMMAND, wParam, lParam);
@@ -179,8 +177,8 @@ void MainFrame::OnTrayIcon(LPARAM mouseMessage) {
   } else if (mouseMessage == WM_RBUTTONDOWN) {
     OwnedMenu menu(CreatePopupMenu());
     if (!menu.get()) return;
-    AppendMenuA(menu.get(), MF_STRING, kCmdOpenWindow, "&Open Vantorel");
-    AppendMenuA(menu.get(), MF_STRING, kCmdExit, "E&xit");
+    AppendMenuA(menu.get(), MF_STRING, CM_OPEN_WINDOW, "&Open Vantorel");
+    AppendMenuA(menu.get(), MF_STRING, CM_EXIT, "E&xit");
     POINT at;
     GetCursorPos(&at);
     // Without the foreground the menu would not close when the user clicks

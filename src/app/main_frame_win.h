@@ -5,7 +5,7 @@
 #include <windows.h>
 
 #include "app/startup_plan.h"
-#include "app/window_win.h"
+#include "win/window_win.h"
 
 namespace vantr {
 

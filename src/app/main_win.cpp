@@ -8,9 +8,9 @@
 
 #include "app/app_paths.h"
 #include "app/application_win.h"
-#include "app/messages.h"
 #include "app/service_win.h"
 #include "app/startup_plan.h"
+#include "win/messages.h"
 
 namespace {
 

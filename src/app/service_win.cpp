@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-#include "app/messages.h"
+#include "win/messages.h"
 
 namespace vantr {
 

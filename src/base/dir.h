@@ -15,21 +15,6 @@ namespace vantr {
 // returns them. Sub-folders are left out. False when the folder cannot be read.
 bool listFolder(const std::string& folder, std::string_view suffix, std::vector<std::string>& names);
 
-#ifdef _WIN32
-constexpr char kPathSeparator = '\\';
-#else
-constexpr char kPathSeparator = '/';
-#endif
-
-// folder and name joined by the platform's separator; none is added when the
-// folder is empty or already ends in '/' or '\\'.
-inline std::string joinPath(std::string_view folder, std::string_view name) {
-  std::string path(folder);
-  if (!path.empty() && path.back() != '/' && path.back() != '\\') path += kPathSeparator;
-  path += name;
-  return path;
-}
-
 // Whether name ends in suffix, compared without regard to case.
 inline bool endsWithNoCase(std::string_view name, std::string_view suffix) {
   return name.size() >= suffix.size() && equalsNoCase(name.substr(name.size() - suffix.size()), suffix);

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include "base/dir.h"
+#include "base/path.h"
 #include "base/text.h"
 
 namespace vantr {

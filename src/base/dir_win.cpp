@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include "base/dir.h"
+#include "base/path.h"
 #include "base/text.h"
 
 namespace vantr {

@@ -20,6 +20,9 @@ enum class FileMode {
   // Read and write an existing file that no one else has open: the open fails
   // while anyone else uses the file, which is how "is it busy?" is asked.
   Exclusive,
+  // Create a file that does not exist yet and write it; no one else may open
+  // it meanwhile (the temporary file of a whole-file replacement).
+  CreateNew,
 };
 
 class File {

@@ -35,4 +35,21 @@ std::string temporaryNameBeside(const std::string& path) {
   return path + "." + std::to_string(currentProcessId()) + "-" + std::to_string(counter++) + ".tmp";
 }
 
+bool replaceFileContents(const std::string& path, const std::string& contents) {
+  const std::string temp = temporaryNameBeside(path);
+  bool written = false;
+  {
+    File file(temp, FileMode::CreateNew);
+    if (!file.isOpen()) return false;
+    written = file.write(contents.data(), contents.size()) && file.sync();
+  }
+  if (!written || !renameReplacing(temp, path)) {
+    removeFile(temp);
+    return false;
+  }
+  // Make the rename itself durable.
+  syncFolderOf(path);
+  return true;
+}
+
 }  // namespace vantr

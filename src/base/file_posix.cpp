@@ -22,6 +22,7 @@ bool File::open(const std::string& path, FileMode mode) {
     case FileMode::Write: flags = O_WRONLY | O_CREAT | O_TRUNC; break;
     case FileMode::ReadWrite:
     case FileMode::Exclusive: flags = O_RDWR; break;
+    case FileMode::CreateNew: flags = O_WRONLY | O_CREAT | O_EXCL; break;
   }
   const int fd = ::open(path.c_str(), flags | O_CLOEXEC, 0644);
   if (fd < 0) return false;
@@ -32,7 +33,7 @@ bool File::open(const std::string& path, FileMode mode) {
   }
   // Readers go through a file from front to back: tell the cache so.
   if (mode == FileMode::Read) posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
-  const int lock = mode == FileMode::Exclusive ? LOCK_EX : LOCK_SH;
+  const int lock = mode == FileMode::Exclusive || mode == FileMode::CreateNew ? LOCK_EX : LOCK_SH;
   if (flock(fd, lock | LOCK_NB) != 0) {
     ::close(fd);
     return false;
@@ -96,25 +97,7 @@ bool renameReplacing(const std::string& from, const std::string& to) {
   return std::rename(from.c_str(), to.c_str()) == 0;
 }
 
-bool replaceFileContents(const std::string& path, const std::string& contents) {
-  const std::string temp = temporaryNameBeside(path);
-  const int fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-  if (fd < 0) return false;
-  size_t done = 0;
-  bool ok = true;
-  while (ok && done < contents.size()) {
-    const ssize_t r = ::write(fd, contents.data() + done, contents.size() - done);
-    if (r < 0 && errno == EINTR) continue;
-    ok = r > 0;
-    if (ok) done += static_cast<size_t>(r);
-  }
-  ok = ok && fsync(fd) == 0;
-  ::close(fd);
-  if (!ok || !renameReplacing(temp, path)) {
-    std::remove(temp.c_str());
-    return false;
-  }
-  // Make the rename itself durable: sync the folder that holds the file.
+void syncFolderOf(const std::string& path) {
   const size_t slash = path.find_last_of('/');
   const std::string folder = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
   const int dirfd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -122,7 +105,6 @@ bool replaceFileContents(const std::string& path, const std::string& contents) {
     fsync(dirfd);
     ::close(dirfd);
   }
-  return true;
 }
 
 bool fileExists(const std::string& path) {

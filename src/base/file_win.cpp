@@ -31,6 +31,11 @@ bool File::open(const std::string& path, FileMode mode) {
       access = GENERIC_READ | GENERIC_WRITE;
       share = 0;
       break;
+    case FileMode::CreateNew:
+      access = GENERIC_WRITE;
+      share = 0;
+      disposition = CREATE_NEW;
+      break;
   }
   HANDLE h = CreateFileA(path.c_str(), access, share, nullptr, disposition, flags, nullptr);
   if (h == INVALID_HANDLE_VALUE) return false;
@@ -100,25 +105,8 @@ bool renameReplacing(const std::string& from, const std::string& to) {
   return false;
 }
 
-bool replaceFileContents(const std::string& path, const std::string& contents) {
-  const std::string temp = temporaryNameBeside(path);
-  HANDLE h = CreateFileA(temp.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-  if (h == INVALID_HANDLE_VALUE) return false;
-  bool ok = true;
-  size_t done = 0;
-  while (ok && done < contents.size()) {
-    DWORD put = 0;
-    const DWORD chunk = static_cast<DWORD>(contents.size() - done > 0x40000000u ? 0x40000000u : contents.size() - done);
-    ok = WriteFile(h, contents.data() + done, chunk, &put, nullptr) && put > 0;
-    done += put;
-  }
-  ok = ok && FlushFileBuffers(h);
-  CloseHandle(h);
-  if (!ok || !renameReplacing(temp, path)) {
-    DeleteFileA(temp.c_str());
-    return false;
-  }
-  return true;
+void syncFolderOf(const std::string& /*path*/) {
+  // MOVEFILE_WRITE_THROUGH has already made the rename durable.
 }
 
 bool fileExists(const std::string& path) {

@@ -20,14 +20,17 @@ bool WorkerThread::start(std::function<void()> body) {
 bool WorkerThread::stop() {
   m_marker.store(0, std::memory_order_release);
   if (!m_thread.joinable()) return true;
-  for (int poll = 0; poll < kStopPolls && !m_finished.load(std::memory_order_acquire); ++poll)
-    std::this_thread::sleep_for(std::chrono::milliseconds(kStopPollMs));
-  if (!m_finished.load(std::memory_order_acquire)) {
-    m_thread.detach();
-    return false;
-  }
+  for (int poll = 0; poll < m_stopPolls && !m_finished.load(std::memory_order_acquire); ++poll)
+    std::this_thread::sleep_for(std::chrono::milliseconds(m_stopPollMs));
+  if (!m_finished.load(std::memory_order_acquire)) return false;
   m_thread.join();
   return true;
+}
+
+WorkerThread::~WorkerThread() {
+  // The thread uses its owner, which is going away with this object: past the
+  // polls there is nothing safe left but to wait for it.
+  if (!stop()) m_thread.join();
 }
 
 void WorkerThread::applyPriority() {

@@ -2,7 +2,11 @@
 // players' feeders, the serial reader): a thread and a running marker that
 // holds 12344321 while the thread is to run. Stopping clears the marker and
 // looks for the thread's end every 50 ms, up to 800 times (40 s), so a worker
-// stuck in a device call cannot hang the program for ever.
+// stuck in a device call cannot hang the program for ever. A worker that does
+// not end in that time is never let go: it stays joinable, its owner is told
+// (stop() answers false) and must leave alone what the worker still uses, and
+// the destructor waits for it without limit, so the thread can never run on
+// with a destroyed owner.
 #pragma once
 
 #include <atomic>
@@ -28,8 +32,10 @@ class WorkerThread {
   static constexpr int kStopPollMs = 50;
   static constexpr int kStopPolls = 800;
 
-  WorkerThread() = default;
-  ~WorkerThread() { stop(); }
+  // The stop polls can be shortened for tests of a worker that will not stop.
+  explicit WorkerThread(int stopPollMs = kStopPollMs, int stopPolls = kStopPolls)
+      : m_stopPollMs(stopPollMs), m_stopPolls(stopPolls) {}
+  ~WorkerThread();
   WorkerThread(const WorkerThread&) = delete;
   WorkerThread& operator=(const WorkerThread&) = delete;
 
@@ -37,7 +43,8 @@ class WorkerThread {
   // soon after running() turns false.
   bool start(std::function<void()> body);
   // Clears the marker and waits for the thread as described above; false if
-  // it did not end in time (it is then left to end on its own).
+  // it did not end in time: it is still running, start() refuses until it has
+  // ended, and a later stop() looks again.
   bool stop();
   // True while the thread is to keep running.
   bool running() const { return m_marker.load(std::memory_order_acquire) == kRunningMarker; }
@@ -50,6 +57,8 @@ class WorkerThread {
   void applyPriority();
 
  private:
+  const int m_stopPollMs;
+  const int m_stopPolls;
   std::thread m_thread;
   std::atomic<int32_t> m_marker{0};
   std::atomic<bool> m_finished{false};

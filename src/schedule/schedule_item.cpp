@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "app/settings.h"
-#include "audio/data/time_position.h"
+#include "base/time_position.h"
+#include "store/settings.h"
 
 namespace vantr {
 

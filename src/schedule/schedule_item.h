@@ -12,8 +12,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/ini_document.h"
 #include "schedule/schedule_time.h"
+#include "store/ini_document.h"
 
 namespace vantr {
 

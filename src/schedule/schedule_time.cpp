@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "app/settings.h"
 #include "base/civil.h"
 #include "base/clock.h"
+#include "store/settings.h"
 
 namespace vantr {
 

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "app/settings.h"
 #include "base/civil.h"
 #include "base/dir.h"
 #include "base/file.h"
+#include "base/path.h"
+#include "store/settings.h"
 
 namespace vantr {
 

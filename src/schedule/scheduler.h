@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "app/ini_document.h"
 #include "schedule/schedule_item.h"
+#include "store/ini_document.h"
 
 namespace vantr {
 

@@ -2,10 +2,11 @@
 // black to the right, painted with the pattern bitmaps "LDBDisplayGreen" and
 // "LDBDisplayRed". Meters are updated many times a second, so a change repaints
 // only the span between a bar's old and new level, and nothing is erased first.
-#include "app/window_win.h"
 #include "ui/db_controls_internal_win.h"
 #include "ui/db_controls_win.h"
 #include "ui/db_geometry.h"
+#include "win/handles_win.h"
+#include "win/window_win.h"
 
 namespace vantr {
 

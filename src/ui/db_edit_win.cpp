@@ -3,11 +3,11 @@
 // way the parent hears EN_CHANGE with the control's id, as from an edit box.
 #include <string>
 
-#include "app/window_win.h"
+#include "base/level.h"
 #include "ui/db_controls_internal_win.h"
 #include "ui/db_controls_win.h"
 #include "ui/db_geometry.h"
-#include "ui/db_level.h"
+#include "win/window_win.h"
 
 namespace vantr {
 

@@ -1,7 +1,7 @@
 #include "ui/main_dialog_win.h"
 
-#include "app/messages.h"
 #include "resource.h"
+#include "win/messages.h"
 
 namespace vantr {
 

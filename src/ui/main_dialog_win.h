@@ -5,7 +5,8 @@
 
 #include <windows.h>
 
-#include "app/window_win.h"
+#include "win/handles_win.h"
+#include "win/window_win.h"
 
 namespace vantr {
 

@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app/settings.h"
 #include "app/startup_plan.h"
+#include "base/path.h"
 
 namespace vantr {
 namespace {

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "vantr_process.h"
+#include "win/handles_win.h"
 
 namespace vantr::e2e {
 namespace {
@@ -139,27 +140,26 @@ DWORD serviceState(SC_HANDLE service) {
 TEST(Service, RunsHiddenUnderTheServiceManagerAndQuitsOnShutdown) {
   endRunningCopies();
   ProgramFolder folder;
+  // Declared first, so that the service is deleted after the program ends.
   struct Handles {
-    SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS), service = nullptr;
+    ServiceHandle manager{OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)}, service;
     ~Handles() {
       endRunningCopies();
-      if (service) DeleteService(service), CloseServiceHandle(service);
-      if (manager) CloseServiceHandle(manager);
+      if (service) DeleteService(service.get());
     }
   } sc;
   ASSERT_TRUE(sc.manager) << "no service control manager, error " << GetLastError();
   // The dispatcher registers as "VANTR"; the service is created under that name here.
-  if (SC_HANDLE old = OpenServiceA(sc.manager, "VANTR", SERVICE_ALL_ACCESS))
-    DeleteService(old), CloseServiceHandle(old);
+  if (ServiceHandle old{OpenServiceA(sc.manager.get(), "VANTR", SERVICE_ALL_ACCESS)}) DeleteService(old.get());
   const std::string command = "\"" + folder.path() + "\\vantr.exe\" /service";
-  sc.service = CreateServiceA(sc.manager, "VANTR", "VANTR", SERVICE_ALL_ACCESS,
-                              SERVICE_WIN32_OWN_PROCESS | SERVICE_INTERACTIVE_PROCESS, SERVICE_DEMAND_START,
-                              SERVICE_ERROR_IGNORE, command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr);
+  sc.service.reset(CreateServiceA(sc.manager.get(), "VANTR", "VANTR", SERVICE_ALL_ACCESS,
+                                  SERVICE_WIN32_OWN_PROCESS | SERVICE_INTERACTIVE_PROCESS, SERVICE_DEMAND_START,
+                                  SERVICE_ERROR_IGNORE, command.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr));
   ASSERT_TRUE(sc.service) << "CreateService failed, error " << GetLastError();
-  ASSERT_TRUE(StartServiceA(sc.service, 0, nullptr)) << "StartService failed, error " << GetLastError();
+  ASSERT_TRUE(StartServiceA(sc.service.get(), 0, nullptr)) << "StartService failed, error " << GetLastError();
   HWND frame = nullptr;
   ASSERT_TRUE(waitFor([&] { return (frame = findFrame()) != nullptr; }, 20000)) << "the service showed no frame";
-  EXPECT_TRUE(waitFor([&] { return serviceState(sc.service) == SERVICE_RUNNING; }));
+  EXPECT_TRUE(waitFor([&] { return serviceState(sc.service.get()) == SERVICE_RUNNING; }));
   EXPECT_FALSE(IsWindowVisible(frame)) << "a service runs hidden";
 
   // The shutdown control: the handler posts the quit message to the frame,
@@ -167,14 +167,14 @@ TEST(Service, RunsHiddenUnderTheServiceManagerAndQuitsOnShutdown) {
   // the system send that control, and Wine refuses it the same way: then the
   // test posts what the handler would.
   SERVICE_STATUS status{};
-  if (!ControlService(sc.service, SERVICE_CONTROL_SHUTDOWN, &status)) {
+  if (!ControlService(sc.service.get(), SERVICE_CONTROL_SHUTDOWN, &status)) {
     const DWORD error = GetLastError();
     EXPECT_TRUE(error == ERROR_INVALID_PARAMETER || error == ERROR_INVALID_SERVICE_CONTROL) << "error " << error;
     PostMessageA(frame, kQuit, 0, 0);
   }
   EXPECT_TRUE(waitFor([&] { return findFrame() == nullptr; }, 15000)) << "the frame did not close";
-  EXPECT_TRUE(waitFor([&] { return serviceState(sc.service) == SERVICE_STOPPED; }, 15000))
-      << "state " << serviceState(sc.service);
+  EXPECT_TRUE(waitFor([&] { return serviceState(sc.service.get()) == SERVICE_STOPPED; }, 15000))
+      << "state " << serviceState(sc.service.get());
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "vantr_process.h"
+#include "win/handles_win.h"
 
 #include <chrono>
 #include <cstring>
@@ -44,10 +45,9 @@ void endRunningCopies() {
     GetWindowThreadProcessId(frame, &pid);
     PostMessageA(frame, 1044, 0, 0);
     if (waitFor([&] { return findFrame() != frame; }, 3000)) continue;
-    if (HANDLE process = OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, pid)) {
-      TerminateProcess(process, 1);
-      WaitForSingleObject(process, 5000);
-      CloseHandle(process);
+    if (KernelHandle process{OpenProcess(PROCESS_TERMINATE | SYNCHRONIZE, FALSE, pid)}) {
+      TerminateProcess(process.get(), 1);
+      WaitForSingleObject(process.get(), 5000);
     }
   }
 }

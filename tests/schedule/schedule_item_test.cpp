@@ -9,10 +9,10 @@
 #include <tuple>
 #include <utility>
 
-#include "app/settings.h"
 #include "base/file.h"
 #include "schedule/schedule_item.h"
 #include "schedule/schedule_time.h"
+#include "store/settings.h"
 #include "test_support/temp_dir.h"
 
 namespace vantr {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ui/db_controls_win.h"
+#include "win/handles_win.h"
 
 // RECT lives in the global namespace, so its comparison for the checks does too.
 bool operator==(const RECT& a, const RECT& b) {
@@ -54,16 +55,13 @@ class Picture {
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 32;
     void* bits = nullptr;
-    HDC dc = CreateCompatibleDC(nullptr);
-    HBITMAP bitmap = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    HGDIOBJ old = SelectObject(dc, bitmap);
-    SendMessageA(control, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(dc), PRF_CLIENT);
+    MemoryDc dc(CreateCompatibleDC(nullptr));
+    GdiObject<HBITMAP> bitmap(CreateDIBSection(dc.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    SelectedObject selected(dc.get(), bitmap.get());
+    SendMessageA(control, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(dc.get()), PRF_CLIENT);
     GdiFlush();
     const auto* pixels = static_cast<const uint32_t*>(bits);
     m_pixels.assign(pixels, pixels + m_width * m_height);
-    SelectObject(dc, old);
-    DeleteObject(bitmap);
-    DeleteDC(dc);
   }
   // As RGB(r, g, b).
   COLORREF at(int x, int y) const {

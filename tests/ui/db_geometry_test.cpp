@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "ui/db_level.h"
+#include "base/level.h"
 
 namespace vantr {
 namespace {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "audio/data/time_position.h"
+#include "base/time_position.h"
 
 namespace vantr {
 

@@ -7,7 +7,7 @@
 #include <thread>
 
 #include "audio/data/scaled_source.h"
-#include "audio/data/time_position.h"
+#include "base/time_position.h"
 
 namespace vantr {
 
@@ -31,7 +31,7 @@ uint64_t meanSquare(const int32_t* values, int32_t frames, int channels, int cha
 }
 
 int8_t powerLevel(uint64_t meanSquare) {
-  if (meanSquare == 0) return -127;
+  if (meanSquare == 0) return kNoLevel;
   return levelFromDecibels(10.0 * std::log10(static_cast<double>(meanSquare) / kZeroDbPower));
 }
 
@@ -67,6 +67,9 @@ void LSoundPlayer::clearStamps() { std::fill(std::begin(m_stamps), std::end(m_st
 
 bool LSoundPlayer::Open(const LSoundSource& given, bool startPaused) {
   Close();
+  // The worker of an earlier opening that is still stuck in the device keeps
+  // the device: this player refuses until that worker has ended.
+  if (m_worker.alive()) return false;
   if (!given || given->failed()) return false;
   LSoundSource source = given;
   // The device takes 16-bit samples: a source of a larger scale is brought down
@@ -90,8 +93,8 @@ bool LSoundPlayer::Open(const LSoundSource& given, bool startPaused) {
     m_channels = channels;
     m_scratch.assign(static_cast<size_t>(blockFrames) * channels, 0);
     clearStamps();
-    for (LevelList& levels : m_blockLevels) levels.assign(channels, -127);
-    m_levels.assign(channels, -127);
+    for (LevelList& levels : m_blockLevels) levels.assign(channels, kNoLevel);
+    m_levels.assign(channels, kNoLevel);
     m_device.pause();
     m_state = startPaused ? (kOpen | kPaused | kRaisePending) : (kOpen | kRestartPending | kRaisePending);
     m_events = 0;
@@ -300,7 +303,9 @@ void LSoundPlayer::Seek(int32_t frame) {
 
 void LSoundPlayer::Close() {
   // The worker is stopped first and outside the lock, which it takes itself.
-  m_worker.stop();
+  // One that will not stop may still be inside the device: the device and the
+  // source stay as they are, and a later Close tries again.
+  if (!m_worker.stop()) return;
   {
     std::lock_guard<std::mutex> hold(m_lock);
     if (!(m_state & kOpen)) return;

@@ -12,9 +12,9 @@
 #include <mutex>
 #include <vector>
 
-#include "audio/data/level_list.h"
 #include "audio/data/sound_stream.h"
 #include "audio/play/playback_device.h"
+#include "base/level.h"
 #include "base/worker_thread.h"
 
 namespace vantr {

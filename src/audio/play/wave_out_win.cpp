@@ -1,7 +1,7 @@
 #include "audio/play/wave_out_win.h"
 
-#include "app/messages.h"
 #include "audio/data/pcm16_format_win.h"
+#include "win/messages.h"
 
 namespace vantr {
 
@@ -26,13 +26,12 @@ bool WaveOutDevice::makeBlocks(int count, size_t bytes) {
   releaseBlocks();
   m_blocks.resize(count);
   for (Block& block : m_blocks) {
-    block.memory = GlobalAlloc(GMEM_MOVEABLE | GMEM_SHARE, bytes);
-    void* data = block.memory ? GlobalLock(block.memory) : nullptr;
-    if (!data) {
+    block.memory = GlobalBuffer(bytes);
+    if (!block.memory) {
       releaseBlocks();
       return false;
     }
-    block.header.lpData = static_cast<LPSTR>(data);
+    block.header.lpData = static_cast<LPSTR>(block.memory.data());
     block.header.dwBufferLength = static_cast<DWORD>(bytes);
     if (waveOutPrepareHeader(m_wave, &block.header, sizeof block.header) != MMSYSERR_NOERROR) {
       releaseBlocks();
@@ -81,9 +80,8 @@ void WaveOutDevice::breakLoop() {
 void WaveOutDevice::releaseBlocks() {
   for (Block& block : m_blocks) {
     if (!block.memory) continue;
+    // The header goes back to the device before its memory is freed.
     if (m_wave) waveOutUnprepareHeader(m_wave, &block.header, sizeof block.header);
-    GlobalUnlock(block.memory);
-    GlobalFree(block.memory);
   }
   m_blocks.clear();
 }

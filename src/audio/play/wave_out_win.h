@@ -11,9 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "app/window_win.h"
 #include "audio/play/playback_device.h"
 #include "audio/play/sound_player.h"
+#include "win/handles_win.h"
+#include "win/window_win.h"
 
 namespace vantr {
 
@@ -37,7 +38,7 @@ class WaveOutDevice : public PlaybackDevice {
 
  private:
   struct Block {
-    HGLOBAL memory = nullptr;
+    GlobalBuffer memory;
     WAVEHDR header{};
   };
   void releaseBlocks();

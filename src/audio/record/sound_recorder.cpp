@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "audio/data/time_position.h"
+#include "base/time_position.h"
 
 namespace vantr {
 
@@ -27,7 +27,7 @@ int8_t peakLevel(const int32_t* values, int32_t frames, int channels, int channe
     smallest = std::min(smallest, v);
   }
   const int64_t peak = std::max(largest, -smallest);
-  if (peak == 0) return -127;
+  if (peak == 0) return kNoLevel;
   return levelFromDecibels(20.0 * std::log10(static_cast<double>(peak) / kZeroDbPeak));
 }
 
@@ -99,7 +99,7 @@ void LSoundRecorder::measure(int32_t frames) {
 }
 
 int8_t LSoundRecorder::overallLevel() const {
-  if (m_levels.empty()) return -127;
+  if (m_levels.empty()) return kNoLevel;
   if (m_levels.size() == 1) return m_levels[0];
   return std::max(m_levels[0], m_levels[1]);
 }

@@ -10,9 +10,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "audio/data/level_list.h"
 #include "audio/data/sound_stream.h"
 #include "audio/record/capture_device.h"
+#include "base/level.h"
 
 namespace vantr {
 

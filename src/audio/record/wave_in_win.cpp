@@ -34,16 +34,10 @@ void WaveInDevice::start() {
 bool WaveInDevice::addBuffer(int slot, size_t bytes) {
   Slot& s = m_slots[slot];
   freeSlot(s);
-  s.memory = GlobalAlloc(GMEM_MOVEABLE | GMEM_SHARE, bytes);
+  s.memory = GlobalBuffer(bytes);
   if (!s.memory) return false;
-  void* data = GlobalLock(s.memory);
-  if (!data) {
-    GlobalFree(s.memory);
-    s.memory = nullptr;
-    return false;
-  }
   s.header = WAVEHDR{};
-  s.header.lpData = static_cast<LPSTR>(data);
+  s.header.lpData = static_cast<LPSTR>(s.memory.data());
   s.header.dwBufferLength = static_cast<DWORD>(bytes);
   requeue(slot);
   return true;
@@ -72,9 +66,7 @@ void WaveInDevice::freeSlot(Slot& slot) {
   if (!slot.memory) return;
   if (m_wave) waveInUnprepareHeader(m_wave, &slot.header, sizeof slot.header);
   slot.header.dwFlags = 0;
-  GlobalUnlock(slot.memory);
-  GlobalFree(slot.memory);
-  slot.memory = nullptr;
+  slot.memory.reset();
 }
 
 void WaveInDevice::close() {

@@ -8,9 +8,10 @@
 
 #include <mmsystem.h>
 
-#include "app/window_win.h"
 #include "audio/record/capture_device.h"
 #include "audio/record/sound_recorder.h"
+#include "win/handles_win.h"
+#include "win/window_win.h"
 
 namespace vantr {
 
@@ -36,7 +37,7 @@ class WaveInDevice : public CaptureDevice {
 
  private:
   struct Slot {
-    HGLOBAL memory = nullptr;
+    GlobalBuffer memory;
     WAVEHDR header{};
   };
   void freeSlot(Slot& slot);

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <memory>
 
-#include "audio/data/time_position.h"
 #include "base/civil.h"
 #include "base/text.h"
+#include "base/time_position.h"
 #include "schedule/schedule_item.h"
 #include "schedule/schedule_time.h"
 #include "schedule/scheduler.h"

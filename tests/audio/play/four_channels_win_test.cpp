@@ -13,11 +13,11 @@
 
 #include "audio/data/pcm_file_sink.h"
 #include "audio/data/pcm_file_source.h"
-#include "audio/data/time_position.h"
 #include "audio/data/tone_source.h"
 #include "audio/play/wave_out_win.h"
 #include "audio/record/wave_in_win.h"
 #include "audio/test_bed_devices_win.h"
+#include "base/time_position.h"
 #include "test_support/temp_dir.h"
 
 namespace vantr {

@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "audio/data/time_position.h"
 #include "audio/data/tone_source.h"
 #include "audio/fake_devices.h"
+#include "base/time_position.h"
 
 namespace vantr {
 namespace {

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "audio/data/time_position.h"
 #include "audio/fake_devices.h"
 #include "audio/record/memory_sink.h"
+#include "base/time_position.h"
 
 namespace vantr {
 namespace {

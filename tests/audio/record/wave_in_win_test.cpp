@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "audio/data/time_position.h"
 #include "audio/record/memory_sink.h"
 #include "audio/record/wave_in_win.h"
 #include "audio/test_bed_devices_win.h"
+#include "base/time_position.h"
 
 namespace vantr {
 namespace {

@@ -1,4 +1,4 @@
-#include "app/ini_document.h"
+#include "store/ini_document.h"
 
 #include "base/text.h"
 

@@ -1,6 +1,7 @@
-// Private window messages and frame commands: the contract between the running
+// Private window messages: the contract between the running
 // copy, a second start, the service control handler and the program's windows.
-// Other processes send these numbers, so they never change.
+// Other processes send these numbers, so they never change. Menu and command
+// ids live in res/resource.h.
 #pragma once
 
 namespace vantr {
@@ -10,10 +11,6 @@ constexpr unsigned kMsgQuit = 1044;             // quit now, without asking
 constexpr unsigned kMsgSecondStart = 1045;      // wParam 1: show yourself; 0: stay in the background
 constexpr unsigned kMsgTrayIcon = 1046;         // mouse event on the notification icon (lParam)
 constexpr unsigned kMsgAutomationInput = 1047;  // serial automation command for the main window
-
-constexpr unsigned kCmdOpenWindow = 197;
-constexpr unsigned kCmdCloseWindow = 198;
-constexpr unsigned kCmdExit = 199;
 
 constexpr unsigned kTrayIconId = 24;
 

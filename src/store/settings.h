@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/ini_document.h"
+#include "store/ini_document.h"
 
 namespace vantr {
 
@@ -93,8 +93,5 @@ ClockFields readClockFields(std::string_view text);
 // The same as seconds, wrapped to 32 bits as the stored count is.
 uint32_t parseClockText(std::string_view text);
 std::string formatClockText(uint32_t seconds);
-
-// A full path's drive and folder joined with another file name ("" for "").
-std::string pathBeside(std::string_view fullPath, std::string_view fileName);
 
 }  // namespace vantr

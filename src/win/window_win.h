@@ -26,6 +26,18 @@ void detachObject(HWND hwnd, T* self) {
   self->m_hwnd = nullptr;
 }
 
+// Registers a window class unless one of that name is registered already in
+// this module (a second window of the class, or a second start of the same
+// object's class in one process).
+inline bool registerWindowClass(const WNDCLASSEXA& wc) {
+  WNDCLASSEXA existing{};
+  existing.cbSize = sizeof existing;
+  if (GetClassInfoExA(wc.hInstance, wc.lpszClassName, &existing)) return true;
+  WNDCLASSEXA copy = wc;
+  copy.cbSize = sizeof copy;
+  return RegisterClassExA(&copy) != 0;
+}
+
 // What the window templates share: the handle, which the lookup above sets.
 class WindowObject {
  public:
@@ -36,6 +48,7 @@ class WindowObject {
   friend T* attachedObject(HWND, T*);
   template <class T>
   friend void detachObject(HWND, T*);
+  LRESULT DefaultProc(UINT msg, WPARAM wParam, LPARAM lParam) { return DefWindowProcA(m_hwnd, msg, wParam, lParam); }
   HWND m_hwnd = nullptr;
 };
 
@@ -46,15 +59,12 @@ class Window : public WindowObject {
   // registered here once per process with 4 bytes of window data; engines use
   // one to receive their devices' and workers' messages on their own thread.
   bool createHidden(HINSTANCE instance, const char* className) {
-    WNDCLASSA wc{};
-    if (!GetClassInfoA(instance, className, &wc)) {
-      wc = WNDCLASSA{};
-      wc.lpfnWndProc = &Window::StaticProc;
-      wc.cbWndExtra = 4;
-      wc.hInstance = instance;
-      wc.lpszClassName = className;
-      if (!RegisterClassA(&wc)) return false;
-    }
+    WNDCLASSEXA wc{};
+    wc.lpfnWndProc = &Window::StaticProc;
+    wc.cbWndExtra = 4;
+    wc.hInstance = instance;
+    wc.lpszClassName = className;
+    if (!registerWindowClass(wc)) return false;
     return CreateWindowExA(0, className, "", 0, 0, 0, 0, 0, nullptr, nullptr, instance, static_cast<Derived*>(this)) !=
            nullptr;
   }
@@ -68,8 +78,6 @@ class Window : public WindowObject {
     if (msg == WM_NCDESTROY) detachObject(hwnd, self);
     return result;
   }
-
-  LRESULT DefaultProc(UINT msg, WPARAM wParam, LPARAM lParam) { return DefWindowProcA(m_hwnd, msg, wParam, lParam); }
 };
 
 template <class Derived>
@@ -91,10 +99,8 @@ class Dialog : public WindowObject {
 // bytes of the window's extra data (GWLP_USERDATA stays free for whoever uses
 // the control). The class must reserve at least a pointer's worth of extra data.
 template <class Derived>
-class Control {
+class Control : public WindowObject {
  public:
-  HWND hwnd() const { return m_hwnd; }
-
   // The object of one of these controls, or null for any other window.
   static Derived* of(HWND hwnd) {
     char name[64];
@@ -119,8 +125,6 @@ class Control {
     return result;
   }
 
-  LRESULT DefaultProc(UINT msg, WPARAM wParam, LPARAM lParam) { return DefWindowProcA(m_hwnd, msg, wParam, lParam); }
-
   // WM_PAINT and WM_PRINTCLIENT (a DC in wParam) both end in Derived::paint.
   LRESULT OnPaint(UINT msg, WPARAM wParam) {
     if (msg == WM_PRINTCLIENT) {
@@ -133,56 +137,6 @@ class Control {
     EndPaint(m_hwnd, &ps);
     return 0;
   }
-
-  HWND m_hwnd = nullptr;
-};
-
-// Owns a GDI object (brush, bitmap, font made at run time) and deletes it.
-template <class Handle>
-class GdiObject {
- public:
-  GdiObject() = default;
-  explicit GdiObject(Handle handle) : m_handle(handle) {}
-  ~GdiObject() { reset(); }
-  GdiObject(const GdiObject&) = delete;
-  GdiObject& operator=(const GdiObject&) = delete;
-  void reset(Handle handle = nullptr) {
-    if (m_handle) DeleteObject(m_handle);
-    m_handle = handle;
-  }
-  Handle get() const { return m_handle; }
-
- private:
-  Handle m_handle = nullptr;
-};
-
-// Selects a GDI object into a DC for one scope and puts the old one back, so
-// that the DC never holds a deleted object.
-class SelectedObject {
- public:
-  SelectedObject(HDC dc, HGDIOBJ object) : m_dc(dc), m_old(SelectObject(dc, object)) {}
-  ~SelectedObject() { SelectObject(m_dc, m_old); }
-  SelectedObject(const SelectedObject&) = delete;
-  SelectedObject& operator=(const SelectedObject&) = delete;
-
- private:
-  HDC m_dc;
-  HGDIOBJ m_old;
-};
-
-// Owns an HMENU made at run time (a popup menu) and destroys it.
-class OwnedMenu {
- public:
-  explicit OwnedMenu(HMENU menu) : m_menu(menu) {}
-  ~OwnedMenu() {
-    if (m_menu) DestroyMenu(m_menu);
-  }
-  OwnedMenu(const OwnedMenu&) = delete;
-  OwnedMenu& operator=(const OwnedMenu&) = delete;
-  HMENU get() const { return m_menu; }
-
- private:
-  HMENU m_menu;
 };
 
 }  // namespace vantr

@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
-#include "app/settings.h"
 #include "base/file.h"
+#include "store/settings.h"
 #include "test_support/child_process.h"
 #include "test_support/temp_dir.h"
 

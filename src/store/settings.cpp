@@ -1,15 +1,14 @@
-#include "app/settings.h"
+#include "store/settings.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <mutex>
 
-#include "app/app_paths.h"
-#include "app/ini_document.h"
-#include "audio/data/time_position.h"
 #include "base/file.h"
+#include "base/level.h"
 #include "base/text.h"
-#include "ui/db_level.h"
+#include "base/time_position.h"
+#include "store/ini_document.h"
 
 namespace vantr {
 
@@ -181,12 +180,6 @@ std::string formatClockText(uint32_t seconds) {
   char text[40];
   std::snprintf(text, sizeof text, "%.2u:%.2u:%.2u", seconds / 3600, seconds / 60 % 60, seconds % 60);
   return text;
-}
-
-std::string pathBeside(std::string_view fullPath, std::string_view fileName) {
-  if (fullPath.empty()) return std::string();
-  const SplitPath parts = splitPath(fullPath);
-  return parts.drive + parts.folder + std::string(fileName);
 }
 
 }  // namespace vantr

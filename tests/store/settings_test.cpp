@@ -1,4 +1,4 @@
-#include "app/settings.h"
+#include "store/settings.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 #include <thread>
 #include <vector>
 
-#include "app/ini_document.h"
 #include "base/file.h"
+#include "store/ini_document.h"
 #include "test_support/temp_dir.h"
 
 namespace vantr {

@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-#include "app/settings.h"
 #include "base/file.h"
+#include "store/settings.h"
 #include "test_support/temp_dir.h"
 
 namespace vantr {

@@ -1,4 +1,4 @@
-#include "audio/data/time_position.h"
+#include "base/time_position.h"
 
 #include <algorithm>
 #include <cstdio>

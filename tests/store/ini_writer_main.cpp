@@ -2,7 +2,7 @@
 // counting up from FIRST, until it is killed.
 #include <cstdlib>
 
-#include "app/settings.h"
+#include "store/settings.h"
 
 int main(int argc, char** argv) {
   if (argc < 3) return 2;
