@@ -20,6 +20,8 @@ echo "== Windows build and tests under Wine"
 scripts/build.sh win
 trap 'scripts/testbed.sh stop build/win' EXIT
 scripts/testbed.sh start build/win
+# Every device, port and the display the Windows tests need, or a failure here.
+scripts/testbed.sh status build/win
 # The tests on the test bed's sound devices depend on a PulseAudio server
 # sharing two cores with Wine; a test that fails is run once more, and every
 # such second run is named in the summary (its first failure stays in the log).

@@ -7,7 +7,7 @@
 #   testbed.sh start  BUILD   start whatever is not running yet (idempotent)
 #   testbed.sh stop   BUILD   stop only what this script started for BUILD
 #   testbed.sh env    BUILD   print the environment for wine, as shell exports
-#   testbed.sh status BUILD   say what is running
+#   testbed.sh status BUILD   say what is running; fail when a piece is missing
 #
 # Nothing is written to the home folder: HOME and the XDG folders of every
 # process started here point into BUILD/testbed.
@@ -176,13 +176,35 @@ stop() {
   done
 }
 
-status() {
+status() {  # says what runs; fails when a piece the Windows tests need is missing
   eval "$(print_env)"
-  x_running && echo "display :$display up" || echo "display :$display down"
-  pulse_running && { echo "pulseaudio up:"; pactl list short sinks | sed 's/^/  /'; } || echo "pulseaudio down"
-  alive "$tb/socat1.pid" && echo "COM1 -> $tb/ttyTEST1" || echo "COM1 down"
-  alive "$tb/socat2.pid" && echo "COM2 -> $tb/ttyTEST2" || echo "COM2 down"
-  wineserver_alive && echo "wineserver up ($prefix)" || echo "wineserver down"
+  local missing=0 n sink got
+  if x_running; then echo "display :$display up"; else echo "display :$display down"; missing=1; fi
+  if pulse_running; then
+    echo "pulseaudio up:"
+    for n in A B C D; do
+      sink=out_$(echo "$n" | tr A-Z a-z)
+      # Each output device and its monitor, the input the tests record from.
+      if pactl list short sinks | grep -q "^[0-9]*[[:space:]]$sink[[:space:]]" &&
+        pactl list short sources | grep -q "^[0-9]*[[:space:]]$sink.monitor[[:space:]]"; then
+        echo "  Vantorel_Out_$n and its monitor"
+      else
+        echo "  Vantorel_Out_$n missing"; missing=1
+      fi
+    done
+  else
+    echo "pulseaudio down"; missing=1
+  fi
+  for n in 1 2; do
+    # Bytes written at Wine's end of the pair must come out at the tests' end.
+    got=""
+    if alive "$tb/socat$n.pid" && [ -e "$tb/ttyTEST$n" ]; then
+      got=$(timeout 2 head -c 6 "$tb/ttyTEST$n" 2>/dev/null & sleep 0.2; printf '[ping]' > "$tb/ttyWINE$n"; wait) || true
+    fi
+    if [ "$got" = "[ping]" ]; then echo "COM$n -> $tb/ttyTEST$n"; else echo "COM$n down"; missing=1; fi
+  done
+  if wineserver_alive; then echo "wineserver up ($prefix)"; else echo "wineserver down"; missing=1; fi
+  return $missing
 }
 
 case "$cmd" in

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -77,6 +78,22 @@ class Picture {
 bool greenish(COLORREF c) { return GetGValue(c) > 2 * GetRValue(c) && GetGValue(c) > 2 * GetBValue(c); }
 bool reddish(COLORREF c) { return GetRValue(c) > 2 * GetGValue(c) && GetRValue(c) > 2 * GetBValue(c); }
 
+// What one pixel must show: an exact colour, or the green or red of the
+// pattern bitmaps, whose shade changes by row.
+constexpr COLORREF kGreenish = 0xFF000001, kReddish = 0xFF000002;
+struct Pixel {
+  int x, y;
+  COLORREF colour;
+};
+
+void expectPixels(const Picture& p, std::initializer_list<Pixel> pixels) {
+  for (const Pixel& px : pixels) {
+    const COLORREF got = p.at(px.x, px.y);
+    const bool ok = px.colour == kGreenish ? greenish(got) : px.colour == kReddish ? reddish(got) : got == px.colour;
+    EXPECT_TRUE(ok) << "pixel " << px.x << "," << px.y << " is " << std::hex << got << ", wanted " << px.colour;
+  }
+}
+
 class DbControls : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
@@ -127,14 +144,15 @@ TEST_F(DbControls, MeterPaintsGreenRedAndBlackPerBar) {
   const int8_t levels[] = {-6, 6};  // x 60 and 84 on a 96-pixel meter
   setDbDisplayLevels(meter, levels, 2);
   const Picture p(meter);
-  EXPECT_TRUE(greenish(p.at(10, 3)));
-  EXPECT_TRUE(greenish(p.at(59, 3)));
-  EXPECT_EQ(p.at(60, 3), RGB(0, 0, 0));
-  EXPECT_TRUE(greenish(p.at(71, 13)));
-  EXPECT_TRUE(reddish(p.at(72, 13)));
-  EXPECT_TRUE(reddish(p.at(83, 13)));
-  EXPECT_EQ(p.at(84, 13), RGB(0, 0, 0));
-  EXPECT_EQ(p.at(95, 19), RGB(0, 0, 0));
+  // Bar 0 (rows 0-9) ends at x 60, bar 1 (rows 10-19) at x 84, red from 0 dB (x 72).
+  expectPixels(p, {{10, 3, kGreenish},
+                   {59, 3, kGreenish},
+                   {60, 3, RGB(0, 0, 0)},
+                   {71, 13, kGreenish},
+                   {72, 13, kReddish},
+                   {83, 13, kReddish},
+                   {84, 13, RGB(0, 0, 0)},
+                   {95, 19, RGB(0, 0, 0)}});
   // The bitmap pattern shades by row, and each bar starts at the pattern's first row.
   EXPECT_NE(p.at(10, 0), p.at(10, 6)) << "the green bitmap was not used";
   EXPECT_EQ(p.at(10, 0), p.at(10, 10));
@@ -157,17 +175,13 @@ TEST_F(DbControls, MeterGreyWhenEmptyOrDisabledAndRaisedEdge) {
   EXPECT_EQ(Picture(meter).at(95, 19), RGB(255, 255, 255)) << "the raised edge's white corner";
 
   setDbDisplayLevel(meter, 12);
-  Picture p(meter);
-  EXPECT_TRUE(reddish(p.at(90, 18))) << "the bar stops one row above the edge";
-  EXPECT_EQ(p.at(50, 19), RGB(255, 255, 255));
-  EXPECT_EQ(p.at(95, 5), RGB(255, 255, 255));
+  // The bar stops one row and one column inside the edge.
+  expectPixels(Picture(meter), {{90, 18, kReddish}, {50, 19, RGB(255, 255, 255)}, {95, 5, RGB(255, 255, 255)}});
 
   ValidateRect(meter, nullptr);
   EnableWindow(meter, FALSE);
   EXPECT_EQ(invalidated(meter), (RECT{0, 0, 96, 20})) << "disabling repaints";
-  p = Picture(meter);
-  EXPECT_EQ(p.at(10, 5), grey);
-  EXPECT_EQ(p.at(90, 5), grey);
+  expectPixels(Picture(meter), {{10, 5, grey}, {90, 5, grey}});
 }
 
 TEST_F(DbControls, SliderTypedTextBecomesTheValue) {
@@ -253,13 +267,14 @@ TEST_F(DbControls, SliderPaintsAndRepaintsItsSpan) {
   setDbEditRange(edit, -36, 12);
   setDbEditValue(edit, 6);  // x 87 of 100; 0 dB at x 75
   invalidated(edit);
-  Picture p(edit);
-  EXPECT_EQ(p.at(32 + 10, 10), RGB(0, 128, 0));
-  EXPECT_EQ(p.at(32 + 80, 10), RGB(192, 0, 0));
-  EXPECT_EQ(p.at(32 + 87, 10), RGB(255, 255, 255)) << "the thumb's white left edge";
-  EXPECT_EQ(p.at(32 + 88, 10), RGB(192, 192, 192));
-  EXPECT_EQ(p.at(32 + 89, 10), RGB(0, 0, 0));
-  EXPECT_EQ(p.at(32 + 95, 10), RGB(0, 0, 0));
+  // Green up to 0 dB, red above, the thumb's white left edge, grey face and
+  // black right edge at the value, black past it.
+  expectPixels(Picture(edit), {{32 + 10, 10, RGB(0, 128, 0)},
+                               {32 + 80, 10, RGB(192, 0, 0)},
+                               {32 + 87, 10, RGB(255, 255, 255)},
+                               {32 + 88, 10, RGB(192, 192, 192)},
+                               {32 + 89, 10, RGB(0, 0, 0)},
+                               {32 + 95, 10, RGB(0, 0, 0)}});
 
   setDbEditValue(edit, -12);  // x 50
   EXPECT_EQ(invalidated(edit), (RECT{32 + 48, 0, 32 + 87 + 2 + 3, 20}));
@@ -269,8 +284,8 @@ TEST_F(DbControls, SliderPaintsAndRepaintsItsSpan) {
   EnableWindow(edit, FALSE);
   setDbEditRange(edit, -36, 12);
   setDbEditValue(edit, 6);
-  p = Picture(edit);
-  for (int x : {32 + 10, 32 + 80, 32 + 95}) EXPECT_EQ(p.at(x, 10), RGB(128, 128, 128)) << x;
+  const COLORREF grey = RGB(128, 128, 128);
+  expectPixels(Picture(edit), {{32 + 10, 10, grey}, {32 + 80, 10, grey}, {32 + 95, 10, grey}});
 }
 
 }  // namespace
