@@ -12,6 +12,8 @@ class Clock {
   // The local wall clock as seconds since 1970 counted as if it were UTC.
   // Note: C time() is UTC and therefore not this value.
   virtual int64_t now() const = 0;
+  // The same in milliseconds, for stamps finer than the second.
+  virtual int64_t nowMilliseconds() const { return now() * 1000; }
   // Sets the local wall clock; false when the system refuses.
   virtual bool set(int64_t localSeconds) = 0;
 };

@@ -10,8 +10,12 @@ namespace {
 
 class PosixClock : public Clock {
  public:
-  int64_t now() const override {
-    const time_t utc = time(nullptr);
+  int64_t now() const override { return nowMilliseconds() / 1000; }
+
+  int64_t nowMilliseconds() const override {
+    struct timespec ts {};
+    clock_gettime(CLOCK_REALTIME, &ts);
+    const time_t utc = ts.tv_sec;
     struct tm local {};
     localtime_r(&utc, &local);
     CivilTime t;
@@ -21,7 +25,7 @@ class PosixClock : public Clock {
     t.hour = local.tm_hour;
     t.minute = local.tm_min;
     t.second = local.tm_sec;
-    return secondsFromCivil(t);
+    return secondsFromCivil(t) * 1000 + ts.tv_nsec / 1000000;
   }
 
   bool set(int64_t localSeconds) override {

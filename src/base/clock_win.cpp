@@ -8,7 +8,9 @@ namespace {
 
 class WindowsClock : public Clock {
  public:
-  int64_t now() const override {
+  int64_t now() const override { return nowMilliseconds() / 1000; }
+
+  int64_t nowMilliseconds() const override {
     SYSTEMTIME st;
     GetLocalTime(&st);
     CivilTime t;
@@ -18,7 +20,7 @@ class WindowsClock : public Clock {
     t.hour = st.wHour;
     t.minute = st.wMinute;
     t.second = st.wSecond;
-    return secondsFromCivil(t);
+    return secondsFromCivil(t) * 1000 + st.wMilliseconds;
   }
 
   bool set(int64_t localSeconds) override {

@@ -23,6 +23,8 @@ enum class FileMode {
   // Create a file that does not exist yet and write it; no one else may open
   // it meanwhile (the temporary file of a whole-file replacement).
   CreateNew,
+  // Open or create a file and add to its end; others may read it meanwhile.
+  Append,
 };
 
 class File {

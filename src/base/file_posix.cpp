@@ -23,6 +23,7 @@ bool File::open(const std::string& path, FileMode mode) {
     case FileMode::ReadWrite:
     case FileMode::Exclusive: flags = O_RDWR; break;
     case FileMode::CreateNew: flags = O_WRONLY | O_CREAT | O_EXCL; break;
+    case FileMode::Append: flags = O_WRONLY | O_CREAT | O_APPEND; break;
   }
   const int fd = ::open(path.c_str(), flags | O_CLOEXEC, 0644);
   if (fd < 0) return false;

@@ -31,6 +31,11 @@ bool File::open(const std::string& path, FileMode mode) {
       access = GENERIC_READ | GENERIC_WRITE;
       share = 0;
       break;
+    case FileMode::Append:
+      access = FILE_APPEND_DATA;
+      share = FILE_SHARE_READ | FILE_SHARE_WRITE;
+      disposition = OPEN_ALWAYS;
+      break;
     case FileMode::CreateNew:
       access = GENERIC_WRITE;
       share = 0;
