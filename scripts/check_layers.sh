@@ -14,7 +14,7 @@ layer() {  # layer of a path relative to src/ (or "resource.h")
     base/*) echo 1 ;;
     store/*) echo 2 ;;
     win/*) echo 4 ;;
-    audio/* | schedule/* | automation/* | install/* | asrun/*)
+    audio/* | schedule/* | automation/* | install/* | asrun/* | channels/*)
       case "$(basename "$path")" in *_win.* | *_win_*) echo 5 ;; *) echo 3 ;; esac ;;
     ui/*) echo 6 ;;
     app/* | tools/*) echo 7 ;;

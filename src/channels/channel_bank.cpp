@@ -1,0 +1,254 @@
+#include "channels/channel_bank.h"
+
+#include "audio/data/pcm_file_sink.h"
+#include "audio/data/pcm_file_source.h"
+#include "base/file.h"
+#include "base/process.h"
+#include "base/text.h"
+#include "schedule/named_file.h"
+#include "store/settings.h"
+
+namespace vantr {
+
+namespace {
+
+constexpr const char* kTemporaryPrefix = "TEMP_";
+
+bool validChannel(int channel) { return channel >= 0 && channel < kChannels; }
+
+std::string clippedName(std::string_view name) { return std::string(name.substr(0, kMaxNameLength)); }
+
+// A file that exists but that someone else holds open. One that cannot be
+// opened at all for another reason counts as free.
+bool inUse(const std::string& path) {
+  if (path.empty() || !fileExists(path)) return false;
+  File probe(path, FileMode::Exclusive);
+  return !probe.isOpen() && File(path, FileMode::Read).isOpen();
+}
+
+}  // namespace
+
+ChannelBank::ChannelBank(const ChannelFolders& folders, std::array<LSoundPlayer*, kChannels> players,
+                         std::array<LSoundRecorder*, kChannels> recorders)
+    : m_folders(folders), m_players(players), m_recorders(recorders) {
+  for (int c = 0; c < kChannels; ++c) {
+    m_players[c]->setNotify(this, static_cast<uint32_t>(c));
+    m_players[c]->setDevice(static_cast<int8_t>(c));
+    m_recorders[c]->setListener(this, static_cast<uint32_t>(c));
+    m_recorders[c]->setDevice(static_cast<int8_t>(c));
+  }
+  readDefaultChannels();
+}
+
+ChannelBank::~ChannelBank() {
+  m_observer = nullptr;
+  stopAll();
+  for (int c = 0; c < kChannels; ++c) {
+    m_players[c]->setNotify(nullptr, 0);
+    m_recorders[c]->setListener(nullptr, 0);
+  }
+}
+
+void ChannelBank::readDefaultChannels() {
+  m_defaultPlay = readInt(m_folders.settingsFile, "settings", "playdevice", 0);
+  m_defaultRecord = readInt(m_folders.settingsFile, "settings", "recorddevice", 0);
+}
+
+void ChannelBank::log(AsRunAction action, int channel, std::string_view name, std::string_view cause,
+                      std::string_view result) {
+  if (!m_log) return;
+  const bool play = action == AsRunAction::PlayStart || action == AsRunAction::PlayEnd;
+  m_log->append(action, asRunChannelText(play, channel), name, cause, result);
+}
+
+void ChannelBank::changed() {
+  if (m_observer) m_observer->channelsChanged();
+}
+
+void ChannelBank::PlayFile(std::string_view name, int channel, std::string_view cause) {
+  if (!validChannel(channel)) channel = m_defaultPlay;
+  if (!validChannel(channel)) {
+    log(AsRunAction::PlayStart, -1, name, cause, "failed: no play channel " + std::to_string(channel));
+    return;
+  }
+  const std::string path = audioFilePath(m_folders.recordingsFolder, name);
+  LSoundSource source = path.empty() ? LSoundSource() : openWavSource(path);
+  // Opening closes what the channel played, which reports its end first.
+  if (m_players[channel]->Open(source, false)) {
+    m_play[channel].name = clippedName(name);
+    m_play[channel].cause = std::string(cause);
+    log(AsRunAction::PlayStart, channel, name, cause, "done");
+  } else if (path.empty()) {
+    log(AsRunAction::PlayStart, channel, name, cause, "failed: not a file name");
+  } else if (!source || source->failed()) {
+    log(AsRunAction::PlayStart, channel, name, cause, "failed: file missing or unreadable");
+  } else {
+    log(AsRunAction::PlayStart, channel, name, cause, "failed: device refused");
+  }
+  changed();
+}
+
+void ChannelBank::StartRecord(std::string_view name, int channel, int32_t duration, std::string_view cause) {
+  if (duration < 1) return;
+  if (!validChannel(channel)) channel = m_defaultRecord;
+  if (!validChannel(channel)) {
+    log(AsRunAction::RecordStart, -1, name, cause, "failed: no record channel " + std::to_string(channel));
+    return;
+  }
+  if (isRecording(name)) {
+    log(AsRunAction::RecordStart, channel, name, cause, "already recording");
+    return;
+  }
+  const std::string schedule = scheduleFilePath(m_folders.schedulesFolder, name);
+  const std::string path = audioFilePath(m_folders.recordingsFolder, name);
+  // The format: the program's defaults, or the file's own.
+  const bool useDefaults = schedule.empty() || readBool(schedule, "file", "defaultformat", true);
+  const std::string& formatFile = useDefaults ? m_folders.settingsFile : schedule;
+  const std::string formatSection = useDefaults ? "settings" : "file";
+  int32_t rate = readInt(formatFile, formatSection, "samplerate", 44100);
+  if (rate < 6000 || rate > 96000) rate = 44100;
+  const uint8_t channels = readBool(formatFile, formatSection, "stereo", true) ? 2 : 1;
+  const int8_t trim = schedule.empty() || readBool(schedule, "file", "autotrim", true)
+                          ? readLevel(m_folders.settingsFile, "settings", "autotrim", -21)
+                          : kNoLevel;
+
+  Channel& ch = m_record[channel];
+  // While the file plays, or someone else holds it, the recording goes to
+  // TEMP_<name>.wav and is moved into place once it is free.
+  ch.temporary = isPlaying(name) || inUse(path);
+  const std::string target = path.empty()
+                                 ? std::string()
+                                 : (ch.temporary ? namedFilePath(m_folders.recordingsFolder,
+                                                                 kTemporaryPrefix + std::string(name), kAudioExtension)
+                                                 : path);
+  bool started = false;
+  if (!target.empty()) {
+    LSoundSink sink = createPcmSink(target, static_cast<uint32_t>(rate), channels, 16, 0);
+    started = m_recorders[channel]->Start(sink, duration, trim, kRecordSilenceLimit);
+    if (!started && sink && sink->failed())
+      log(AsRunAction::RecordStart, channel, name, cause, "failed: the file cannot be written");
+    else if (!started)
+      log(AsRunAction::RecordStart, channel, name, cause, "failed: device refused");
+  } else {
+    log(AsRunAction::RecordStart, channel, name, cause, "failed: not a file name");
+  }
+  if (target.empty()) {
+    ch.temporary = false;
+    changed();
+    return;
+  }
+  // A channel whose device refused still shows the name until it is stopped.
+  ch.name = clippedName(name);
+  ch.cause = std::string(cause);
+  if (started) log(AsRunAction::RecordStart, channel, name, cause, ch.temporary ? "done (TEMP_)" : "done");
+  changed();
+}
+
+void ChannelBank::stopped(uint32_t channel) {
+  if (channel >= kChannels) return;
+  Channel& ch = m_play[channel];
+  if (ch.name.empty()) return;
+  log(AsRunAction::PlayEnd, static_cast<int>(channel), ch.name, ch.cause, "done");
+  ch.name.clear();
+  ch.cause.clear();
+  changed();
+}
+
+void ChannelBank::recordingStopped(uint32_t channel) {
+  if (channel >= kChannels) return;
+  Channel& ch = m_record[channel];
+  if (ch.name.empty()) return;
+  if (ch.temporary) m_pending = ch.name;
+  ch.temporary = false;
+  log(AsRunAction::RecordEnd, static_cast<int>(channel), ch.name, ch.cause, "done");
+  ch.name.clear();
+  ch.cause.clear();
+  changed();
+}
+
+void ChannelBank::levels(const LevelList& levels, uint32_t channel) {
+  if (m_observer && static_cast<int>(channel) == m_defaultPlay) m_observer->playLevels(levels);
+}
+
+void ChannelBank::recordLevels(const LevelList& levels, uint32_t channel) {
+  if (m_observer && static_cast<int>(channel) == m_defaultRecord) m_observer->recordLevels(levels);
+}
+
+void ChannelBank::stopPlay(int channel) {
+  if (validChannel(channel)) m_players[channel]->Close();
+}
+
+void ChannelBank::stopRecord(int channel) {
+  if (!validChannel(channel)) return;
+  if (m_recorders[channel]->state() != LSoundRecorder::State::Idle) {
+    m_recorders[channel]->Stop();
+  } else {
+    // A recording whose device refused never started: stopping frees the
+    // channel all the same.
+    recordingStopped(static_cast<uint32_t>(channel));
+  }
+}
+
+void ChannelBank::stopAll() {
+  for (int c = 0; c < kChannels; ++c) {
+    stopPlay(c);
+    stopRecord(c);
+  }
+}
+
+void ChannelBank::stopEveryUserOf(const std::string& fileName) {
+  for (int c = 0; c < kChannels; ++c) {
+    if (equalsNoCase(m_play[c].name, fileName)) stopPlay(c);
+    if (equalsNoCase(m_record[c].name, fileName)) stopRecord(c);
+  }
+}
+
+bool ChannelBank::isPlaying(std::string_view name) const {
+  for (const Channel& ch : m_play)
+    if (!ch.name.empty() && equalsNoCase(ch.name, name)) return true;
+  return false;
+}
+
+bool ChannelBank::isRecording(std::string_view name) const {
+  for (const Channel& ch : m_record)
+    if (!ch.name.empty() && equalsNoCase(ch.name, name)) return true;
+  return false;
+}
+
+int ChannelBank::busyCount() const {
+  int busy = 0;
+  for (int c = 0; c < kChannels; ++c) busy += !m_play[c].name.empty() + !m_record[c].name.empty();
+  return busy;
+}
+
+namespace {
+std::string statusLine(const char* tag, const std::array<std::string, kChannels>& names) {
+  std::string line;
+  for (const std::string& name : names) line += name;
+  return line.empty() ? line : tag + line;
+}
+}  // namespace
+
+std::string ChannelBank::recordStatus() const {
+  return statusLine("[rec] ", {m_record[0].name, m_record[1].name, m_record[2].name, m_record[3].name});
+}
+
+std::string ChannelBank::playStatus() const {
+  return statusLine("[play] ", {m_play[0].name, m_play[1].name, m_play[2].name, m_play[3].name});
+}
+
+void ChannelBank::movePendingRecording() {
+  if (m_pending.empty() || isPlaying(m_pending)) return;
+  const std::string temporary =
+      namedFilePath(m_folders.recordingsFolder, kTemporaryPrefix + m_pending, kAudioExtension);
+  const std::string final = audioFilePath(m_folders.recordingsFolder, m_pending);
+  if (inUse(temporary)) return;
+  // The final file goes even when there is no TEMP_ file, as it always has.
+  if (!final.empty()) {
+    removeFile(final);
+    renameReplacing(temporary, final);
+  }
+  m_pending.clear();
+}
+
+}  // namespace vantr

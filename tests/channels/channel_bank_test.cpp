@@ -1,0 +1,189 @@
+// The eight channels over scripted devices: which channel a start takes, the
+// recording format and trim, the TEMP_ file while the file plays and its move
+// into place, the status lines, and what the as-run log says of each.
+#include "channels/channel_bank.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "audio/data/pcm_file_sink.h"
+#include "audio/fake_devices.h"
+#include "base/file.h"
+#include "base/path.h"
+#include "store/settings.h"
+#include "test_support/temp_dir.h"
+
+namespace vantr {
+namespace {
+
+class Bank : public ::testing::Test, public ChannelObserver {
+ protected:
+  Bank() {
+    makeDirectory(folders.recordingsFolder);
+    makeDirectory(folders.schedulesFolder);
+    for (int c = 0; c < kChannels; ++c) {
+      players[c] = std::make_unique<LSoundPlayer>(
+          playDevices[c], [] {}, LSoundPlayer::Threading::Manual);
+      recorders[c] = std::make_unique<LSoundRecorder>(captureDevices[c]);
+    }
+    bank = std::make_unique<ChannelBank>(
+        folders,
+        std::array<LSoundPlayer*, kChannels>{players[0].get(), players[1].get(), players[2].get(), players[3].get()},
+        std::array<LSoundRecorder*, kChannels>{recorders[0].get(), recorders[1].get(), recorders[2].get(),
+                                               recorders[3].get()});
+    bank->setObserver(this);
+    bank->setLog(&log);
+  }
+
+  void channelsChanged() override { ++changes; }
+  void playLevels(const LevelList&) override {}
+  void recordLevels(const LevelList&) override {}
+
+  // A named file: its schedule file and a short 16-bit stereo recording.
+  void makeFile(const std::string& name, bool withAudio = true) {
+    writeText(joinPath(folders.schedulesFolder, name + ".qsf"), "file", "defaultformat", "true");
+    if (!withAudio) return;
+    LSoundSink sink = createPcmSink(joinPath(folders.recordingsFolder, name + ".wav"), 44100, 2, 16, 0);
+    std::vector<int32_t> frames(2 * 4410, 1600);
+    sink->write(frames.data(), 4410);
+  }
+  std::string settings() const { return folders.settingsFile; }
+
+  // "channel action file result" of every as-run line so far.
+  std::vector<std::string> asRun() {
+    log.flush();
+    std::vector<AsRunEntry> entries;
+    readAsRun(dir.file("Logs"), 0, INT64_MAX, entries);
+    std::vector<std::string> lines;
+    for (const AsRunEntry& e : entries) lines.push_back(e.channel + "|" + e.action + "|" + e.file + "|" + e.result);
+    return lines;
+  }
+
+  TempDir dir;
+  ChannelFolders folders{dir.file("settings.ini"), dir.file("Recordings") + "/", dir.file("Schedules") + "/"};
+  ManualClock clock{0};
+  AsRunLog log{dir.file("Logs"), clock};
+  FakePlaybackDevice playDevices[kChannels];
+  FakeCaptureDevice captureDevices[kChannels];
+  std::unique_ptr<LSoundPlayer> players[kChannels];
+  std::unique_ptr<LSoundRecorder> recorders[kChannels];
+  std::unique_ptr<ChannelBank> bank;
+  int changes = 0;
+};
+
+TEST_F(Bank, PlayTakesTheChannelOrTheDefaultAndReplacesWhatPlayedThere) {
+  makeFile("News");
+  makeFile("Jingle");
+  writeInt(settings(), "settings", "playdevice", 2);
+  bank->readDefaultChannels();
+  bank->PlayFile("News", -1, "operator");
+  EXPECT_EQ(bank->playName(2), "News");
+  bank->PlayFile("Jingle", 2, "operator");
+  EXPECT_EQ(bank->playStatus(), "[play] Jingle") << "a new play on a busy channel replaces its file";
+  bank->PlayFile("Missing", 0, "operator");
+  EXPECT_EQ(bank->playName(0), "") << "a missing file leaves the channel idle";
+  writeInt(settings(), "settings", "playdevice", 7);
+  bank->readDefaultChannels();
+  bank->PlayFile("News", -1, "operator");
+  EXPECT_EQ(bank->playStatus(), "[play] Jingle") << "a default channel of 7 plays nowhere";
+  bank->stopPlay(2);
+  EXPECT_EQ(bank->playStatus(), "");
+  EXPECT_EQ(asRun(), (std::vector<std::string>{
+                         "play 2|play start|News|done",
+                         "play 2|play end|News|done",
+                         "play 2|play start|Jingle|done",
+                         "play 0|play start|Missing|failed: file missing or unreadable",
+                         "-|play start|News|failed: no play channel 7",
+                         "play 2|play end|Jingle|done",
+                     }));
+}
+
+TEST_F(Bank, RecordingFormatAndTrimComeFromTheFileOrTheProgram) {
+  struct Row {
+    const char* name;
+    const char* defaultFormat;  // the file's "defaultformat"
+    int32_t programRate, fileRate;
+    bool programStereo, fileStereo;
+    const char* fileTrim;  // the file's "autotrim"
+    std::string opened;    // what the device was asked for
+    int startThreshold;
+  } rows[] = {
+      {"Defaults", "true", 22050, 8000, false, true, "true", "open 0 1 22050", -20},
+      {"OwnFormat", "false", 22050, 8000, false, true, "true", "open 0 2 8000", -20},
+      {"LowRate", "true", 5999, 8000, true, true, "true", "open 0 2 44100", -20},
+      {"HighRate", "false", 22050, 96001, true, true, "true", "open 0 2 44100", -20},
+      {"Untrimmed", "true", 48000, 8000, true, true, "false", "open 0 2 48000", kNoLevel + 2},
+  };
+  writeLevel(settings(), "settings", "autotrim", -22);
+  for (const Row& r : rows) {
+    SCOPED_TRACE(r.name);
+    const std::string qsf = joinPath(folders.schedulesFolder, std::string(r.name) + ".qsf");
+    writeText(qsf, "file", "defaultformat", r.defaultFormat);
+    writeInt(qsf, "file", "samplerate", r.fileRate);
+    writeBool(qsf, "file", "stereo", r.fileStereo);
+    writeText(qsf, "file", "autotrim", r.fileTrim);
+    writeInt(settings(), "settings", "samplerate", r.programRate);
+    writeBool(settings(), "settings", "stereo", r.programStereo);
+    captureDevices[0].calls.clear();
+    bank->StartRecord(r.name, 0, 10000, "operator");
+    ASSERT_FALSE(captureDevices[0].calls.empty());
+    EXPECT_EQ(captureDevices[0].calls[0], r.opened);
+    // The gate opens 2 dB above the trim level; AutoTrim off (-127) gives -125.
+    EXPECT_EQ(recorders[0]->startThreshold(), r.startThreshold);
+    EXPECT_EQ(bank->recordName(0), r.name);
+    bank->stopRecord(0);
+  }
+  bank->StartRecord("Defaults", 1, 0, "operator");
+  EXPECT_EQ(bank->recordName(1), "") << "a duration below 1 records nothing";
+}
+
+TEST_F(Bank, OneNameRecordsOnceAndAPlayingFileRecordsIntoTemp) {
+  makeFile("News");
+  makeFile("Talk", false);
+  writeInt(settings(), "settings", "recorddevice", 3);
+  bank->readDefaultChannels();
+  bank->StartRecord("Talk", -1, 10000, "schedule Talk sch0");
+  bank->StartRecord("talk", 1, 10000, "operator");
+  EXPECT_EQ(bank->recordName(3), "Talk");
+  EXPECT_EQ(bank->recordName(1), "") << "the same name, in another case, records once";
+
+  bank->PlayFile("News", 0, "operator");
+  bank->StartRecord("News", 1, 10000, "operator");
+  EXPECT_EQ(bank->recordStatus(), "[rec] NewsTalk") << "both names after one tag, in channel order";
+  EXPECT_TRUE(fileExists(joinPath(folders.recordingsFolder, "TEMP_News.wav")));
+  bank->stopRecord(1);
+  EXPECT_EQ(bank->pendingName(), "News");
+  bank->movePendingRecording();
+  EXPECT_EQ(bank->pendingName(), "News") << "the move waits while the file plays";
+  bank->stopPlay(0);
+  bank->movePendingRecording();
+  EXPECT_EQ(bank->pendingName(), "");
+  EXPECT_FALSE(fileExists(joinPath(folders.recordingsFolder, "TEMP_News.wav")));
+  EXPECT_TRUE(fileExists(joinPath(folders.recordingsFolder, "News.wav")));
+  const std::vector<std::string> lines = asRun();
+  EXPECT_EQ(lines[0], "record 3|record start|Talk|done");
+  EXPECT_EQ(lines[1], "record 1|record start|talk|already recording");
+  EXPECT_EQ(lines[3], "record 1|record start|News|done (TEMP_)");
+}
+
+TEST_F(Bank, ARefusedDeviceShowsTheNameUntilStoppedAndDeleteStopsEveryUser) {
+  makeFile("News");
+  captureDevices[2].refuseDirect = captureDevices[2].refuseMapper = true;
+  bank->StartRecord("News", 2, 10000, "operator");
+  EXPECT_EQ(bank->recordStatus(), "[rec] News");
+  bank->PlayFile("News", 1, "operator");
+  bank->PlayFile("News", 3, "operator");
+  bank->stopEveryUserOf("NEWS");
+  EXPECT_EQ(bank->busyCount(), 0);
+  const std::vector<std::string> lines = asRun();
+  ASSERT_EQ(lines.size(), 6u);
+  EXPECT_EQ(lines[0], "record 2|record start|News|failed: device refused");
+  EXPECT_EQ(lines[3], "play 1|play end|News|done");
+  EXPECT_EQ(lines[4], "record 2|record end|News|done");
+}
+
+}  // namespace
+}  // namespace vantr
