@@ -1,14 +1,17 @@
 // The scheduler engine with a full table (1024 items across 64 schedule
 // files): rebuilding it from the folder, one tick that catches up a minute,
-// and a week of simulated ticks as vantrctl agenda runs them.
+// and vantrctl agenda's simulated ticks: the engine walked second by second
+// against the agenda worked out from due second to due second.
 #include <benchmark/benchmark.h>
 
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "base/civil.h"
 #include "base/file.h"
+#include "schedule/agenda.h"
 #include "schedule/scheduler.h"
 #include "test_support/temp_dir.h"
 
@@ -79,37 +82,46 @@ void BM_TickCatchingUpAMinute(benchmark::State& state) {
 }
 BENCHMARK(BM_TickCatchingUpAMinute)->Unit(benchmark::kMicrosecond);
 
-// What vantrctl agenda does for 7 days with a step of 1 second, printing into
-// memory.
-class PrintingActions : public vantr::SchedulerActions {
+// What vantrctl agenda does with a step of 1 second, printing into memory:
+// the engine ticked second by second against the agenda worked out from due
+// second to due second, over the same 7 days; and the latter over a year.
+class PrintingOutput : public vantr::AgendaOutput {
  public:
-  explicit PrintingActions(const vantr::ScheduleTable& table) : m_table(table) {}
-  void play(const std::string& name, int channel) override {
-    m_out << m_table.lastSecond << " play " << name << " chan=" << channel << '\n';
+  void play(int64_t second, const std::string& name, int channel) override {
+    m_out << second << " play " << name << " chan=" << channel << '\n';
   }
-  void record(const std::string& name, int channel, int32_t duration) override {
-    m_out << m_table.lastSecond << " record " << name << " chan=" << channel << " duration=" << duration << '\n';
+  void record(int64_t second, const std::string& name, int channel, int32_t duration) override {
+    m_out << second << " record " << name << " chan=" << channel << " duration=" << duration << '\n';
   }
-  void deleteFile(const std::string&) override {}
-  void rebuild() override {}
+  void deleteFile(int64_t second, const std::string& name) override { m_out << second << " delete " << name << '\n'; }
   size_t printed() const { return m_out.str().size(); }
 
  private:
-  const vantr::ScheduleTable& m_table;
   std::ostringstream m_out;
 };
 
-void BM_AgendaSevenDays(benchmark::State& state) {
+using AgendaFunction = void (*)(std::vector<vantr::NamedSchedule>, int64_t, int64_t, int64_t, vantr::AgendaOutput&);
+
+void runAgenda(benchmark::State& state, AgendaFunction agenda, int64_t days) {
   std::vector<vantr::NamedSchedule> files;
   vantr::loadNamedSchedules(fullFolder().path(), files);
+  size_t printed = 0;
   for (auto _ : state) {
-    auto table = std::make_unique<vantr::ScheduleTable>();
-    vantr::RebuildSchedules(*table, files, kStart);
-    PrintingActions actions(*table);
-    for (int64_t now = kStart; now <= kStart + 7 * 86400; ++now) vantr::SchedulerTick(*table, now, actions);
-    benchmark::DoNotOptimize(actions.printed());
+    PrintingOutput output;
+    agenda(files, kStart, kStart + days * 86400, 1, output);
+    printed = output.printed();
+    benchmark::DoNotOptimize(printed);
   }
+  state.counters["printed_bytes"] = static_cast<double>(printed);
 }
-BENCHMARK(BM_AgendaSevenDays)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+void BM_AgendaWalkSevenDays(benchmark::State& state) { runAgenda(state, vantr::walkAgenda, 7); }
+BENCHMARK(BM_AgendaWalkSevenDays)->Unit(benchmark::kMillisecond)->Iterations(3);
+
+void BM_AgendaSevenDays(benchmark::State& state) { runAgenda(state, vantr::computeAgenda, 7); }
+BENCHMARK(BM_AgendaSevenDays)->Unit(benchmark::kMillisecond);
+
+void BM_AgendaYear(benchmark::State& state) { runAgenda(state, vantr::computeAgenda, 365); }
+BENCHMARK(BM_AgendaYear)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -6,15 +6,12 @@
 #include "base/civil.h"
 #include "base/dir.h"
 #include "base/file.h"
-#include "base/path.h"
+#include "schedule/named_file.h"
 #include "store/settings.h"
 
 namespace vantr {
 
 namespace {
-
-constexpr const char kScheduleExtension[] = ".qsf";
-constexpr const char kAudioExtension[] = ".wav";
 
 // Items whose second lies more than this far back can never fire again: the
 // catch-up rule never looks further back than a minute.
@@ -53,25 +50,40 @@ void clearFreeSlots(ScheduleTable& table) {
   std::fill(table.entries.begin() + static_cast<std::ptrdiff_t>(table.count), table.entries.end(), ScheduleEntry{});
 }
 
-}  // namespace
+// Where case tells names apart, "News.qsf" and "News.QSF" both list as News;
+// every spelling goes, so that the name leaves the list.
+void removeEverySpelling(const std::string& folder, const std::string& name, const char* extension) {
+  while (removeFile(namedFilePath(folder, name, extension))) {
+  }
+}
 
-bool listNamedFiles(const std::string& schedulesFolder, std::vector<std::string>& names) {
-  if (!listFolder(schedulesFolder, kScheduleExtension, names)) return false;
-  for (std::string& name : names) name.resize(name.size() - (sizeof kScheduleExtension - 1));
+// The named files' names from the file names of the schedules folder.
+std::vector<std::string> namesOf(const std::vector<std::string>& listed) {
+  std::vector<std::string> names;
+  for (const std::string& file : listed) names.push_back(file.substr(0, file.size() - (sizeof kScheduleExtension - 1)));
   // The file system's own order differs between systems; the order of names
   // makes the table (and so the order of items due in one second) the same
   // everywhere, and matches the sorted file list.
   std::stable_sort(names.begin(), names.end(),
                    [](const std::string& a, const std::string& b) { return listTextLess(a, b); });
+  return names;
+}
+
+}  // namespace
+
+bool listNamedFiles(const std::string& schedulesFolder, std::vector<std::string>& names) {
+  std::vector<std::string> listed;
+  if (!listFolder(schedulesFolder, kScheduleExtension, listed)) return false;
+  names = namesOf(listed);
   return true;
 }
 
 bool loadNamedSchedules(const std::string& schedulesFolder, std::vector<NamedSchedule>& files) {
   files.clear();
-  std::vector<std::string> names;
-  if (!listNamedFiles(schedulesFolder, names)) return false;
-  for (std::string& name : names) {
-    IniDocument doc = loadSettingsDocument(joinPath(schedulesFolder, name + kScheduleExtension));
+  std::vector<std::string> listed;
+  if (!listFolder(schedulesFolder, kScheduleExtension, listed)) return false;
+  for (std::string& name : namesOf(listed)) {
+    IniDocument doc = loadSettingsDocument(namedFilePath(schedulesFolder, listed, name, kScheduleExtension));
     files.push_back({std::move(name), std::move(doc)});
   }
   return true;
@@ -83,7 +95,10 @@ void loadScheduleItems(ScheduleTable& table, const std::string& name, const IniD
     if (type == 0) break;
     if (!isKnownKind(type)) continue;  // deleted slots, and kinds this program does not know
     const ScheduleItem item = readScheduleItem(doc, slot);
-    if (canStillFire(item, now)) table.entries[table.count++] = entryOf(name, item);
+    if (canStillFire(item, now)) {
+      table.entries[table.count] = entryOf(name, item);
+      table.entries[table.count++].slot = static_cast<int16_t>(slot);
+    }
   }
 }
 
@@ -102,37 +117,67 @@ std::vector<std::string> RebuildSchedules(ScheduleTable& table, const std::strin
   return names;
 }
 
+DaySecond daySecond(int64_t second) {
+  const int64_t day = floorDiv(second, kSecondsPerDay);
+  return {second, second - day * kSecondsPerDay, 1u << weekdayFromDays(day)};
+}
+
+bool isDue(const ScheduleEntry& e, const DaySecond& s) {
+  if (isRegularKind(e.kind)) {
+    return e.timeOfDay == s.timeOfDay && (e.days & s.weekdayBit) != 0 && e.commence <= s.second && s.second <= e.expire;
+  }
+  return e.date == s.second;
+}
+
+int64_t nextDueSecond(const ScheduleEntry& e, int64_t after) {
+  // Only candidates are worked out here; isDue decides each. A once item can
+  // only be due at its date. A regular item can only be due at its time of day,
+  // and not before it commences; from the first such second on, the days of the
+  // week repeat every seven days and the expiry only closes, so when none of
+  // seven candidates in a row is due, none later is.
+  if (!isRegularKind(e.kind)) return e.date > after && isDue(e, daySecond(e.date)) ? e.date : kNeverDue;
+  const int64_t first = std::max<int64_t>(after + 1, e.commence);
+  const int64_t timeOfDay = e.timeOfDay;
+  // The first day whose candidate lies at or after first.
+  const int64_t day = floorDiv(first - timeOfDay + kSecondsPerDay - 1, kSecondsPerDay);
+  for (int64_t d = day; d < day + 7; ++d) {
+    const int64_t candidate = d * kSecondsPerDay + timeOfDay;
+    if (isDue(e, daySecond(candidate))) return candidate;
+  }
+  return kNeverDue;
+}
+
+int64_t catchUpStart(int64_t lastSecond, int64_t now) {
+  return lastSecond < now - kLateTickSeconds || lastSecond > now ? now - kCatchUpSeconds : lastSecond;
+}
+
+void startItem(ScheduleEntry e, SchedulerActions& actions) {
+  actions.starting(e);
+  switch (e.kind) {
+    case kPlayOnce:
+    case kPlayRegular: actions.play(e.fileName, channelOf(e)); break;
+    case kRecordOnce:
+    case kRecordRegular: actions.record(e.fileName, channelOf(e), e.duration); break;
+    case kScheduledFileDelete:
+      actions.deleteFile(e.fileName);
+      actions.rebuild();
+      break;
+    default: break;
+  }
+}
+
+void runDueItems(ScheduleTable& table, const DaySecond& second, size_t first, SchedulerActions& actions) {
+  for (size_t i = first; i < table.count; ++i) {
+    if (isDue(table.entries[i], second)) startItem(table.entries[i], actions);
+  }
+}
+
 bool SchedulerTick(ScheduleTable& table, int64_t now, SchedulerActions& actions) {
   if (now == table.lastSecond) return false;
-  if (table.lastSecond < now - kLateTickSeconds || table.lastSecond > now) table.lastSecond = now - kCatchUpSeconds;
+  table.lastSecond = catchUpStart(table.lastSecond, now);
   while (table.lastSecond < now) {
     const int64_t t = ++table.lastSecond;
-    const int64_t day = floorDiv(t, kSecondsPerDay);
-    const int64_t timeOfDay = t - day * kSecondsPerDay;
-    const unsigned weekdayBit = 1u << (weekdayFromDays(day) % 7);
-    // The count is read afresh at every step: a scheduled delete rebuilds the
-    // table under the walk, which goes on with the next index.
-    for (size_t i = 0; i < table.count; ++i) {
-      const ScheduleEntry e = table.entries[i];
-      bool due = false;
-      if (isRegularKind(e.kind)) {
-        due = e.timeOfDay == timeOfDay && (e.days & weekdayBit) != 0 && e.commence <= t && t <= e.expire;
-      } else {
-        due = e.date == t;
-      }
-      if (!due) continue;
-      switch (e.kind) {
-        case kPlayOnce:
-        case kPlayRegular: actions.play(e.fileName, channelOf(e)); break;
-        case kRecordOnce:
-        case kRecordRegular: actions.record(e.fileName, channelOf(e), e.duration); break;
-        case kScheduledFileDelete:
-          actions.deleteFile(e.fileName);
-          actions.rebuild();
-          break;
-        default: break;
-      }
-    }
+    runDueItems(table, daySecond(t), 0, actions);
     actions.showTime(t);
   }
   return true;
@@ -142,8 +187,8 @@ void deleteNamedFile(NamedFileUsers& users, const std::string& schedulesFolder, 
                      const std::string& fileName) {
   // Players and recorders hold the audio file open; they let go first.
   users.stopEveryUserOf(fileName);
-  removeFile(joinPath(schedulesFolder, fileName + kScheduleExtension));
-  removeFile(joinPath(recordingsFolder, fileName + kAudioExtension));
+  removeEverySpelling(schedulesFolder, fileName, kScheduleExtension);
+  removeEverySpelling(recordingsFolder, fileName, kAudioExtension);
 }
 
 }  // namespace vantr

@@ -2,11 +2,12 @@
 // window shows them, and what the scheduler engine would do over a span of
 // simulated time, without touching any file.
 #include <cstdio>
-#include <memory>
+#include <utility>
 
 #include "base/civil.h"
 #include "base/text.h"
 #include "base/time_position.h"
+#include "schedule/agenda.h"
 #include "schedule/schedule_item.h"
 #include "schedule/schedule_time.h"
 #include "schedule/scheduler.h"
@@ -73,37 +74,24 @@ std::string stamp(int64_t seconds) {
 
 std::string channelText(int channel) { return channel < 0 ? "default" : std::to_string(channel); }
 
-// Prints what the engine starts. A delete only drops the file from the
-// simulation, so the rebuild that follows no longer loads its items.
-class AgendaActions : public SchedulerActions {
+// Prints what the engine starts, one line each.
+class AgendaPrinter : public AgendaOutput {
  public:
-  AgendaActions(ScheduleTable& table, std::vector<NamedSchedule>& files, std::ostream& out)
-      : m_table(table), m_files(files), m_out(out) {}
+  explicit AgendaPrinter(std::ostream& out) : m_out(out) {}
 
-  void setNow(int64_t now) { m_now = now; }
-
-  void play(const std::string& fileName, int channel) override {
-    m_out << stamp(m_table.lastSecond) << " play " << fileName << " chan=" << channelText(channel) << '\n';
+  void play(int64_t second, const std::string& fileName, int channel) override {
+    m_out << stamp(second) << " play " << fileName << " chan=" << channelText(channel) << '\n';
   }
-  void record(const std::string& fileName, int channel, int32_t duration) override {
-    m_out << stamp(m_table.lastSecond) << " record " << fileName << " chan=" << channelText(channel)
+  void record(int64_t second, const std::string& fileName, int channel, int32_t duration) override {
+    m_out << stamp(second) << " record " << fileName << " chan=" << channelText(channel)
           << " duration=" << formatPosition(duration, PositionFormat::Tenths).substr(1) << '\n';
   }
-  void deleteFile(const std::string& fileName) override {
-    m_out << stamp(m_table.lastSecond) << " delete " << fileName << '\n';
-    for (auto it = m_files.begin(); it != m_files.end();) {
-      it = equalsNoCase(it->name, fileName) ? m_files.erase(it) : it + 1;
-    }
+  void deleteFile(int64_t second, const std::string& fileName) override {
+    m_out << stamp(second) << " delete " << fileName << '\n';
   }
-  // As the program does after a delete: the table is reloaded at once and
-  // the walk goes on over it.
-  void rebuild() override { RebuildSchedules(m_table, m_files, m_now); }
 
  private:
-  ScheduleTable& m_table;
-  std::vector<NamedSchedule>& m_files;
   std::ostream& m_out;
-  int64_t m_now = 0;
 };
 
 int runList(const Args& args, std::ostream& out, std::ostream& err) {
@@ -143,14 +131,8 @@ int runAgenda(const Args& args, std::ostream& out, std::ostream& err) {
     return usageError(err, "cannot read the schedules folder '" + options.schedules + "'");
   }
 
-  auto table = std::make_unique<ScheduleTable>();
-  RebuildSchedules(*table, files, from);
-  AgendaActions actions(*table, files, out);
-  // Ticks as the timer would, each at the start of its second.
-  for (int64_t now = from; now <= to; now += step) {
-    actions.setNow(now);
-    SchedulerTick(*table, now, actions);
-  }
+  AgendaPrinter printer(out);
+  computeAgenda(std::move(files), from, to, step, printer);
   return 0;
 }
 
