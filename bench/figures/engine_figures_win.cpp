@@ -203,9 +203,9 @@ class TimedWaveOut : public WaveOutDevice {
 int run() {
   const HINSTANCE instance = GetModuleHandleA(nullptr);
   TempDir dir;
+  EngineEvents captured[4];  // before the recorders, whose destruction still notifies
   std::unique_ptr<LSoundRecorder_Window> recorders[4];
   std::unique_ptr<LSoundPlayer_Window> players[4];
-  BufferCounter captured[4];
   int outputs[4], inputs[4];
   for (int c = 0; c < 4; ++c) {
     const std::string output = std::string("Vantorel_Out_") + static_cast<char>('A' + c);

@@ -48,11 +48,7 @@ class FakeCaptureDevice : public CaptureDevice {
     m_filled.fill(false);
   }
 
-  int queued() const {
-    int n = 0;
-    for (bool q : m_queued) n += q;
-    return n;
-  }
+  int queued() const { return static_cast<int>(std::count(m_queued.begin(), m_queued.end(), true)); }
   // The device fills the next queued slot with these samples; -1 if none is queued.
   int fill(const std::vector<int16_t>& samples) {
     for (int i = 0; i < kSlots; ++i) {

@@ -8,8 +8,8 @@
 
 #include <string>
 
+#include "audio/audio_test_support.h"
 #include "audio/play/wave_out_win.h"
-#include "audio/record/sound_recorder.h"
 
 namespace vantr {
 
@@ -36,23 +36,12 @@ inline void pumpMessagesFor(DWORD ms) {
   }
 }
 
-// Counts the buffers a recorder has seen (one level report each).
-class BufferCounter : public RecorderListener {
- public:
-  int buffers = 0, started = 0, stopped = 0;
-  void recordingStarted(uint32_t) override { ++started; }
-  void waitingForSound(uint32_t) override {}
-  void recordingStopped(uint32_t) override { ++stopped; }
-  void recordPosition(int32_t, uint32_t) override {}
-  void recordLevels(const LevelList& levels, uint32_t) override { buffers += !levels.empty(); }
-};
-
 // Wine's capture delivers nothing for its first second or so and then runs
 // about a second behind: a test plays its signal only once the recorder has
 // seen a few buffers, and waits for the tail before it stops.
-inline bool waitForCapture(const BufferCounter& counter, int buffers) {
-  for (int i = 0; i < 200 && counter.buffers < buffers; ++i) pumpMessagesFor(50);
-  return counter.buffers >= buffers;
+inline bool waitForCapture(const EngineEvents& recorderEvents, int buffers) {
+  for (int i = 0; i < 200 && recorderEvents.meterReadings < buffers; ++i) pumpMessagesFor(50);
+  return recorderEvents.meterReadings >= buffers;
 }
 
 }  // namespace vantr

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 
 #include "audio/data/sample_format.h"
 
@@ -35,8 +36,13 @@ LSRCACMWave::LSRCACMWave(File file, const WavHeader& header)
       m_blockAlign(header.blockAlign),
       m_length(compressedFramesInBytes(header.dataSize, header.avgBytesPerSecond, header.sampleRate)) {
   if (!failed() && m_file.isOpen()) m_decoder = openCompressedDecoder(header.format, kFramesPerChunk);
-  if (!m_decoder || !m_file.seek(m_firstDataByte)) {
-    markFailed();
+  if (!m_file.isOpen())
+    markFailed("file not open");
+  else if (!m_decoder)
+    markFailed("no decoder for format tag " + std::to_string(header.formatTag) + " on this system");
+  else if (!m_file.seek(m_firstDataByte))
+    markFailed("cannot seek to the data at offset " + std::to_string(m_firstDataByte));
+  if (failed()) {
     m_decoder.reset();
     m_length = 0;
   }

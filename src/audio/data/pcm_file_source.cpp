@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <mutex>
+#include <string>
 
 #include "audio/data/acm_wave_source.h"
 
@@ -16,7 +17,7 @@ LSRCPCMFileBase::LSRCPCMFileBase(File file, const WavHeader& header, uint32_t fu
       m_length(pcmFramesInBytes(header.dataSize, channels(), bytesPerSample)),
       m_bytesPerSample(bytesPerSample),
       m_buffer(static_cast<size_t>(channels()) * kFramesPerChunk * static_cast<size_t>(bytesPerSample)) {
-  if (!m_file.isOpen()) markFailed();
+  if (!m_file.isOpen()) markFailed("file not open");
 }
 
 void LSRCPCMFileBase::refreshLength() {
@@ -94,19 +95,28 @@ void keepUntilExit(File file) {
   kept->push_back(std::move(file));
 }
 
+// What openWavSource gives for a file it cannot use: a failed source that
+// delivers nothing and says why.
+class RefusedSource final : public LSoundSourceBase {
+ public:
+  explicit RefusedSource(const std::string& why) : LSoundSourceBase(44100, LSF16::kFullScale, 1) { markFailed(why); }
+  int32_t read(int32_t*, int32_t) override { return 0; }
+  void seek(int32_t) override {}
+  int32_t position() override { return 0; }
+  int32_t length() override { return 0; }
+};
+
 }  // namespace
 
 LSoundSource openWavSource(const std::string& path) {
   File file(path, FileMode::Read);
-  if (!file.isOpen()) return {};
+  if (!file.isOpen()) return LSoundSource(new RefusedSource("cannot open the file"));
   WavHeader header;
   WavFileInput input(file);
-  switch (parseWavHeader(input, header)) {
-    case WavParse::Ok: return makeWavSource(std::move(file), header);
-    case WavParse::Invalid: keepUntilExit(std::move(file)); return {};
-    case WavParse::Unreadable: return {};
-  }
-  return {};
+  const WavParseResult parsed = parseWavHeader(input, header);
+  if (parsed.ok()) return makeWavSource(std::move(file), header);
+  if (parsed.status == WavParse::Invalid) keepUntilExit(std::move(file));
+  return LSoundSource(new RefusedSource(parsed.reason));
 }
 
 }  // namespace vantr

@@ -52,8 +52,9 @@ class LSRCPCMFile final : public LSRCPCMFileBase {
 };
 
 // Opens a WAV file the way the player does: a PCM source of the stored type
-// for format tag 1, the compressed-file source for any other tag. Empty when
-// the file cannot be opened or is not a WAV file the program can use.
+// for format tag 1, the compressed-file source for any other tag. Never empty:
+// a file that cannot be opened or is not a WAV file the program can use gives
+// a failed source whose failure() says why.
 LSoundSource openWavSource(const std::string& path);
 
 // The source for an opened file whose header has been read (file positioned

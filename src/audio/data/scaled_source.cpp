@@ -6,7 +6,12 @@ ScaledSource::ScaledSource(const LSoundSource& inner, uint32_t targetFullScale)
     : LSoundSourceBase(inner ? inner->sampleRate() : 0, targetFullScale, inner ? inner->channels() : 0),
       m_inner(inner),
       m_innerFullScale(inner ? inner->fullScale() : 0) {
-  if (!m_inner || m_inner->failed() || m_innerFullScale == 0) markFailed();
+  if (!m_inner)
+    markFailed("no source to scale");
+  else if (m_inner->failed())
+    markFailed(m_inner->failure());
+  else if (m_innerFullScale == 0)
+    markFailed("source of full scale 0");
 }
 
 int32_t ScaledSource::read(int32_t* values, int32_t frames) {

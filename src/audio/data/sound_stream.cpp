@@ -5,12 +5,12 @@ namespace vantr {
 LSoundSourceBase::LSoundSourceBase(int32_t sampleRate, uint32_t fullScale, uint8_t channels)
     : m_sampleRate(sampleRate), m_fullScale(fullScale), m_channels(channels) {
   if (m_sampleRate < 1) {
+    markFailed("sample rate " + std::to_string(m_sampleRate));
     m_sampleRate = 44100;
-    markFailed();
   }
   if (m_channels == 0) {
     m_channels = 1;
-    markFailed();
+    markFailed("no channels");
   }
 }
 

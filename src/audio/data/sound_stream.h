@@ -3,11 +3,13 @@
 // signed 32-bit values on the common scale (see sample_format.h).
 //
 // A stream that could not be built carries the failed flag: its operations do
-// nothing, and whoever holds it decides what to tell the user.
+// nothing, and whoever holds it decides what to tell the user. A failed source
+// also says why, in words fit for a log or a console line.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
+#include <string>
 #include <utility>
 
 namespace vantr {
@@ -75,6 +77,9 @@ class LSoundSourceBase : public LCounted {
   uint8_t channels() const { return m_channels; }
   uint8_t flags() const { return m_flags; }
   bool failed() const { return (m_flags & kStreamFailed) != 0; }
+  // Why the source failed ("fmt chunk: channels 0 at offset 22"); empty while
+  // it has not.
+  const std::string& failure() const { return m_failure; }
 
   // Fills values with up to frames frames (channels() values each) from the
   // current position on, advances the position, and returns how many frames
@@ -85,13 +90,18 @@ class LSoundSourceBase : public LCounted {
   virtual int32_t length() = 0;
 
  protected:
-  void markFailed() { m_flags |= kStreamFailed; }
+  // The first reason given is kept: later ones are mostly its consequences.
+  void markFailed(const std::string& why) {
+    m_flags |= kStreamFailed;
+    if (m_failure.empty()) m_failure = why;
+  }
 
  private:
   int32_t m_sampleRate;
   uint32_t m_fullScale;
   uint8_t m_channels;
   uint8_t m_flags = 0;
+  std::string m_failure;
 };
 
 using LSoundSource = LCountedRef<LSoundSourceBase>;

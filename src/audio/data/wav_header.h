@@ -42,6 +42,8 @@ class WavByteInput {
   // Moves n bytes forward; past the end is allowed (the next read is short).
   virtual void skip(int64_t n) = 0;
   virtual int64_t position() const = 0;
+  // How many bytes there are in all, or -1 when that cannot be told.
+  virtual int64_t size() const = 0;
 };
 
 class WavFileInput : public WavByteInput {
@@ -50,6 +52,7 @@ class WavFileInput : public WavByteInput {
   size_t read(void* data, size_t n) override;
   void skip(int64_t n) override;
   int64_t position() const override { return m_position; }
+  int64_t size() const override { return m_file.size(); }
 
  private:
   File& m_file;
@@ -62,6 +65,7 @@ class WavMemoryInput : public WavByteInput {
   size_t read(void* data, size_t n) override;
   void skip(int64_t n) override;
   int64_t position() const override { return m_position; }
+  int64_t size() const override { return static_cast<int64_t>(m_size); }
 
  private:
   const uint8_t* m_data;
@@ -75,9 +79,18 @@ enum class WavParse {
   Invalid,     // a WAV file with an impossible channel count or rate
 };
 
+// What the header reader made of a file. A refusal says why in words that
+// name the chunk, the field and the byte offset where the reader found the
+// fault, e.g. "fmt chunk: channels 0 at offset 22"; Ok has no reason.
+struct WavParseResult {
+  WavParse status = WavParse::Ok;
+  std::string reason;
+  bool ok() const { return status == WavParse::Ok; }
+};
+
 // Reads the chunk layout up to the first data byte. Leading top-level chunks
 // that are not RIFF/WAVE are skipped, as are unknown chunks around fmt.
-WavParse parseWavHeader(WavByteInput& input, WavHeader& header);
+WavParseResult parseWavHeader(WavByteInput& input, WavHeader& header);
 
 // Bytes per stored sample for a PCM file of the given bits: 1, 2 or 4.
 int bytesPerPcmSample(uint16_t bitsPerSample);
@@ -99,6 +112,6 @@ void buildPcmHeader(uint8_t (&header)[kPcmHeaderBytes], uint32_t sampleRate, uin
 
 // Opens and reads the header of a file; Ok only for a file that a source can
 // be made of.
-WavParse readWavFileHeader(const std::string& path, WavHeader& header);
+WavParseResult readWavFileHeader(const std::string& path, WavHeader& header);
 
 }  // namespace vantr

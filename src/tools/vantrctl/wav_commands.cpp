@@ -19,24 +19,24 @@ bool parseInt32(const std::string& text, int32_t& value) {
   return result.ec == std::errc() && result.ptr == end;
 }
 
-// One line on err for a file that the program could not use.
-int cannotOpen(std::ostream& err, const std::string& path, WavParse why, const WavHeader& header) {
+// One line on err for a file that the program could not use, with the reason
+// the header reader gave.
+int cannotOpen(std::ostream& err, const std::string& path, const WavParseResult& why) {
   err << "vantrctl: ";
-  if (why == WavParse::Invalid)
-    err << path << ": " << header.channels << " channels at " << header.sampleRate
-        << " Hz is not a format the program plays\n";
+  if (why.status == WavParse::Invalid)
+    err << path << " is not a format the program plays: " << why.reason << '\n';
   else if (!fileExists(path))
     err << "cannot open " << path << '\n';
   else
-    err << path << " is not a WAV file the program can read\n";
+    err << path << " is not a WAV file the program can read: " << why.reason << '\n';
   return 1;
 }
 
 int wavinfo(const Args& args, std::ostream& out, std::ostream& err) {
   if (args.size() != 1) return usageError(err, "wavinfo takes one FILE");
   WavHeader header;
-  const WavParse parsed = readWavFileHeader(args[0], header);
-  if (parsed != WavParse::Ok) return cannotOpen(err, args[0], parsed, header);
+  const WavParseResult parsed = readWavFileHeader(args[0], header);
+  if (!parsed.ok()) return cannotOpen(err, args[0], parsed);
   out << "format_tag=" << header.formatTag << '\n'
       << "channels=" << header.channels << '\n'
       << "rate=" << header.sampleRate << '\n'
@@ -68,14 +68,13 @@ int samples(const Args& args, std::ostream& out, std::ostream& err) {
   if (path.empty()) return usageError(err, "samples needs a FILE");
 
   LSoundSource source = openWavSource(path);
-  if (!source) {
-    WavHeader header;
-    return cannotOpen(err, path, readWavFileHeader(path, header), header);
-  }
   if (source->failed()) {
+    // A header that reads is a file whose source failed for another reason
+    // (a compressed format without a decoder here): the source says which.
     WavHeader header;
-    readWavFileHeader(path, header);
-    err << "vantrctl: " << path << ": no decoder for format tag " << header.formatTag << " on this system\n";
+    const WavParseResult parsed = readWavFileHeader(path, header);
+    if (!parsed.ok()) return cannotOpen(err, path, parsed);
+    err << "vantrctl: " << path << ": " << source->failure() << '\n';
     return 1;
   }
   source->seek(from);

@@ -10,11 +10,12 @@
 #include <thread>
 #include <vector>
 
+#include "audio/audio_test_support.h"
 #include "audio/data/pcm_file_sink.h"
 #include "audio/data/pcm_file_source.h"
 #include "base/file.h"
+#include "test_support/child_process.h"
 #include "test_support/temp_dir.h"
-#include "wav_test_util.h"
 
 namespace vantr {
 namespace {
@@ -48,7 +49,7 @@ TEST(WavSink, EveryFormatRoundTripsThroughASource) {
     sink.reset();
     EXPECT_EQ(fileBytes(path).size(), 46 + values.size() * row.bytesPerSample);
     LSoundSource source = openWavSource(path);
-    ASSERT_TRUE(source);
+    ASSERT_FALSE(source->failed()) << source->failure();
     EXPECT_EQ(source->channels(), row.channels);
     EXPECT_EQ(source->sampleRate(), static_cast<int32_t>(row.rate));
     ASSERT_EQ(source->length(), row.frames);
@@ -109,7 +110,7 @@ TEST(WavSink, AReaderFollowsAFileBeingWritten) {
     finished = true;
   });
   LSoundSource source = openWavSource(path);
-  ASSERT_TRUE(source);
+  ASSERT_FALSE(source->failed()) << source->failure();
   int32_t frame = 0, readWhileWriting = 0, values[4096];
   for (bool lastRound = false;;) {
     const bool writing = !finished;
@@ -153,7 +154,7 @@ TEST(WavSink, KilledRecorderLeavesAPlayableFile) {
     ASSERT_TRUE(writer.wait(10000));
     const int64_t onDisk = framesOnDisk(path);  // the last write may have been cut short, and was not declared
     LSoundSource source = openWavSource(path);
-    ASSERT_TRUE(source);
+    ASSERT_FALSE(source->failed()) << source->failure();
     const int32_t declared = source->length();
     EXPECT_LE(declared, onDisk);
     EXPECT_GE(declared, onDisk - kHeaderRewriteFrames - kWriterBlockFrames) << onDisk << " frames written";

@@ -5,9 +5,9 @@
 
 #include <vector>
 
+#include "audio/audio_test_support.h"
 #include "audio/data/pcm_file_sink.h"
 #include "audio/data/pcm_file_source.h"
-#include "audio/data/tone_source.h"
 #include "audio/fake_devices.h"
 #include "audio/play/sound_player.h"
 #include "audio/record/sound_recorder.h"
@@ -23,19 +23,15 @@ TEST(PlayWhileRecording, ThePlayerFollowsTheRecordersWrites) {
   TempDir dir;
   const std::string path = dir.file("growing.wav");
 
-  // One tenth of a second of the test tone as the capture device delivers it.
-  LSRCSineTone tone;
-  std::vector<int32_t> values(kFrames);
+  // One tenth of a second of 1000 Hz at 0 dB (441 whole periods) as the
+  // capture device delivers it, over and over.
   std::vector<int16_t> tenth(kFrames);
+  addSine(tenth, 0, kFrames, 8192, 1000, kRate);
 
   FakeCaptureDevice capture;
   LSoundRecorder recorder(capture);
   ASSERT_TRUE(recorder.Start(createPcmSink(path, kRate, 1, 16, 0), 0, -127, 216000000));
-  const auto recordATenth = [&] {
-    tone.read(values.data(), kFrames);
-    for (int i = 0; i < kFrames; ++i) tenth[i] = static_cast<int16_t>(values[i] >> 4);
-    recorder.OnBufferDone(capture.fill(tenth));
-  };
+  const auto recordATenth = [&] { recorder.OnBufferDone(capture.fill(tenth)); };
   // Twelve seconds ahead of the player: the header has been rewritten once.
   for (int i = 0; i < 120; ++i) recordATenth();
 
@@ -43,7 +39,7 @@ TEST(PlayWhileRecording, ThePlayerFollowsTheRecordersWrites) {
   LSoundPlayer player(
       output, [] {}, LSoundPlayer::Threading::Manual);
   const LSoundSource source = openWavSource(path);
-  ASSERT_TRUE(source);
+  ASSERT_FALSE(source->failed()) << source->failure();
   const int32_t lengthAtOpen = source->length();
   EXPECT_GE(lengthAtOpen, 441000);
   EXPECT_LT(lengthAtOpen, 12 * kRate);

@@ -6,53 +6,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
 #include <string>
 #include <vector>
 
+#include "audio/audio_test_support.h"
 #include "audio/data/tone_source.h"
 #include "audio/fake_devices.h"
 #include "base/time_position.h"
 
 namespace vantr {
 namespace {
-
-// Frame f of channel c holds (f + 1) * 16 + c: every frame is recognisable.
-class RampSource : public LSoundSourceBase {
- public:
-  RampSource(int32_t rate, uint8_t channels, int32_t length, uint32_t fullScale = 0x7FFF0)
-      : LSoundSourceBase(rate, fullScale, channels), m_length(length) {}
-  int32_t read(int32_t* values, int32_t frames) override {
-    const int32_t n = std::max(0, std::min(frames, m_length - m_position));
-    for (int32_t f = 0; f < n; ++f)
-      for (int c = 0; c < channels(); ++c) values[f * channels() + c] = (m_position + f + 1) * 16 + c;
-    m_position += n;
-    return n;
-  }
-  void seek(int32_t frame) override { m_position = frame; }
-  int32_t position() override { return m_position; }
-  int32_t length() override { return m_length; }
-  void grow(int32_t frames) { m_length += frames; }
-
- private:
-  int32_t m_position = 0;
-  int32_t m_length;
-};
-
-class Heard : public LSoundPlayerNotify {
- public:
-  std::vector<std::string> seen;
-  void playing(uint32_t u) override { seen.push_back("playing " + std::to_string(u)); }
-  void stopped(uint32_t u) override { seen.push_back("stopped " + std::to_string(u)); }
-  void cueStarted(uint32_t u) override { seen.push_back("cue " + std::to_string(u)); }
-  void paused(uint32_t u) override { seen.push_back("paused " + std::to_string(u)); }
-  void position(int32_t t, uint32_t u) override {
-    seen.push_back("position " + std::to_string(t) + " " + std::to_string(u));
-  }
-  void levels(const LevelList& l, uint32_t u) override {
-    seen.push_back("levels " + std::to_string(l.size()) + " " + std::to_string(u));
-  }
-};
 
 class Player : public ::testing::Test {
  protected:
@@ -65,7 +28,7 @@ class Player : public ::testing::Test {
   }
 
   FakePlaybackDevice device;
-  Heard heard;
+  EngineEvents heard;
   int wakes = 0;
   LSoundPlayer player{device, [this] { ++wakes; }, LSoundPlayer::Threading::Manual};
 };
@@ -151,7 +114,8 @@ TEST_F(Player, OutputStartsAtTheThirdBlockAndStampsMoveThePosition) {
   EXPECT_EQ(player.positionFrames(), 1600);
   EXPECT_GT(wakes, 0);
   player.OnWakeup();
-  EXPECT_EQ(heard.seen, (std::vector<std::string>{"position 2000 2", "levels 1 2"}));
+  // Block 1 holds frames 801..1600: a mean square of 373333, -13.5 dB.
+  EXPECT_EQ(heard.seen, (std::vector<std::string>{"position 2000 2", "levels -14 2"}));
 }
 
 TEST_F(Player, EndsOnlyAfterEveryQueuedBlockIsDone) {
@@ -200,7 +164,8 @@ TEST_F(Player, CuePrimesAQuarterBlockLoopAndPlayBreaksIt) {
   player.Seek(4000);
   heard.seen.clear();
   player.Cue();
-  EXPECT_EQ(heard.seen, (std::vector<std::string>{"levels 1 2", "cue 2", "position 5000 2"}));
+  // Frames 4001..4200 over and over: a mean square of 4203333, -3.0 dB.
+  EXPECT_EQ(heard.seen, (std::vector<std::string>{"levels -3 2", "cue 2", "position 5000 2"}));
   EXPECT_EQ(player.state(), LSoundPlayer::kOpen | LSoundPlayer::kCued | LSoundPlayer::kRaisePending);
   // A quarter block (200 frames) from frame 4000, four times over.
   const std::vector<int16_t>& block = device.blocks[0];
@@ -255,13 +220,27 @@ TEST_F(Player, SeekInEveryState) {
   EXPECT_EQ(player.state() & LSoundPlayer::kPaused, 0);
 }
 
-TEST_F(Player, SourcesAboveTheDeviceScaleAreScaledDown) {
-  // A 32-bit source: full scale 0x7FFFFFF0, so values come down by 4096.
-  ASSERT_TRUE(player.Open(LSoundSource(new RampSource(8000, 1, 8000, 0x7FFFFFF0)), false));
-  serviceUntilIdle();
-  const int32_t frame799 = 800 * 16;  // RampSource's value of frame 799
-  const int32_t scaled = static_cast<int32_t>(static_cast<int64_t>(frame799) * 0x7FFF0 / 0x7FFFFFF0);
-  EXPECT_EQ(device.blocks[0][799], (scaled + 8) >> 4);
+// What reaches the device for a value of the source: above the device's
+// scale the value is first brought down to it (times 0x7FFF0 / full scale,
+// towards zero), then narrowed to 16 bits, halves rounded up. From a 32-bit
+// source 0x7FFFFFF0 comes down to 0x7FFF0, 2^30 to 262136 (half a 16-bit step
+// above 16383) and 0x12345678 to 74563.
+TEST_F(Player, ValuesAreScaledAndNarrowedToSixteenBits) {
+  const struct {
+    uint32_t fullScale;
+    std::vector<int32_t> values;
+    std::vector<int16_t> samples;
+  } rows[] = {
+      {0x7FFF0, {7, 8, -8, -9, -25, 0x7FFF7, -0x80000}, {0, 1, 0, -1, -2, 32767, -32768}},
+      {0x7FFFFFF0, {0x7FFFFFF0, -0x7FFFFFF0, 0x40000000, 0x12345678, -0x12345678}, {32767, -32767, 16384, 4660, -4660}},
+  };
+  for (const auto& r : rows) {
+    const auto valueOf = [values = r.values](int32_t frame, int) { return values[frame % values.size()]; };
+    ASSERT_TRUE(player.Open(LSoundSource(new RampSource(8000, 1, 800, r.fullScale, valueOf)), false));
+    player.serviceBlock();
+    EXPECT_EQ(std::vector<int16_t>(device.blocks[0].begin(), device.blocks[0].begin() + r.samples.size()), r.samples)
+        << "full scale " << r.fullScale;
+  }
 }
 
 TEST_F(Player, OverviewOnlyWhileCued) {
@@ -287,13 +266,11 @@ TEST(ToneSource, OneThousandHertzAt0dBForSixHours) {
   EXPECT_EQ(tone.length(), 952560000) << "six hours of frames";
   std::vector<int32_t> v(44100);
   ASSERT_EQ(tone.read(v.data(), 44100), 44100);
-  int crossings = 0, peak = 0;
-  for (size_t i = 1; i < v.size(); ++i) {
-    crossings += v[i - 1] < 0 && v[i] >= 0;
-    peak = std::max(peak, std::abs(v[i]));
-  }
-  EXPECT_NEAR(crossings, 1000, 1);
-  EXPECT_NEAR(peak, 8192 * 16, 400);  // the table point nearest the crest
+  const ToneAnalysis analysis = analyseTone(v, 44100, 8000);
+  EXPECT_NEAR(analysis.hz, 1000, 0.5);
+  EXPECT_NEAR(analysis.decibels, 0, 0.1);
+  EXPECT_NEAR(*std::max_element(analysis.peaks.begin(), analysis.peaks.end()), 8192,
+              25);  // the point nearest the crest
   EXPECT_EQ(blockLevels(v.data(), 44100, 1)[0], 0);
   // A seek lands on the phase reached by playing up to it.
   std::vector<int32_t> again(10);

@@ -4,33 +4,15 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "audio/audio_test_support.h"
 #include "audio/fake_devices.h"
-#include "audio/record/memory_sink.h"
 #include "base/time_position.h"
 
 namespace vantr {
 namespace {
-
-class Events : public RecorderListener {
- public:
-  std::vector<std::string> seen;
-  void recordingStarted(uint32_t c) override { seen.push_back("started " + std::to_string(c)); }
-  void waitingForSound(uint32_t c) override { seen.push_back("waiting " + std::to_string(c)); }
-  void recordingStopped(uint32_t c) override { seen.push_back("stopped " + std::to_string(c)); }
-  void recordPosition(int32_t t, uint32_t c) override {
-    seen.push_back("position " + std::to_string(t) + " " + std::to_string(c));
-  }
-  void recordLevels(const LevelList& levels, uint32_t c) override {
-    std::string s = "levels";
-    for (int8_t l : levels) s += " " + std::to_string(l);
-    seen.push_back(s + " " + std::to_string(c));
-  }
-};
 
 // 8000 Hz mono: buffers of 800 frames, a tenth of a second each.
 constexpr int kRate = 8000;
@@ -61,7 +43,7 @@ class Recorder : public ::testing::Test {
 
   // Declared before the recorder: its destruction stops it, which still notifies.
   FakeCaptureDevice device;
-  Events events;
+  EngineEvents events;
   LSoundRecorder recorder{device};
   MemorySink* sink = nullptr;
   LSoundSink output;
@@ -85,105 +67,93 @@ TEST(RecorderLevels, PeakLevelOnTheCommonScale) {
   EXPECT_EQ(peakLevel(stereo.data(), 2, 2, 1), -6);
 }
 
-TEST_F(Recorder, BufferSizeFollowsTheRate) {
-  struct Row {
-    uint32_t rate;
-    uint8_t channels;
-    int32_t frames;
-  } rows[] = {{8000, 1, 800}, {44100, 2, 4410}, {96000, 2, 8192}, {150, 1, 20}, {0, 1, 20}};
-  for (const Row& r : rows) {
-    FakeCaptureDevice d;
-    LSoundRecorder rec(d);
-    ASSERT_TRUE(rec.Start(LSoundSink(new MemorySink(r.rate, r.channels)), 0, -127, 216000000)) << r.rate;
-    EXPECT_EQ(rec.framesPerBuffer(), r.frames) << r.rate;
-    EXPECT_EQ(d.bufferBytes, static_cast<size_t>(r.frames) * r.channels * 2) << r.rate;
-    EXPECT_EQ(d.queued(), CaptureDevice::kSlots);
-  }
-}
-
-TEST_F(Recorder, StartOpensTheDeviceOrFallsBackToTheMapper) {
-  recorder.setDevice(2);
-  ASSERT_TRUE(recorder.Start(output, 0, -15, 20000));
-  EXPECT_EQ(device.calls, (std::vector<std::string>{"open 2 1 8000", "start"}));
-  EXPECT_EQ(recorder.startThreshold(), -13);
-  EXPECT_EQ(recorder.stopThreshold(), -18);
-  EXPECT_EQ(events.seen, (std::vector<std::string>{"waiting 3", "position 0 3", "levels 3"}));
-  recorder.Stop();
-
-  FakeCaptureDevice direct;
-  direct.refuseDirect = true;
-  LSoundRecorder viaMapper(direct);
-  EXPECT_TRUE(viaMapper.Start(output, 0, -127, 20000));
-  EXPECT_EQ(direct.calls, (std::vector<std::string>{"open 0 1 8000", "open mapper 0 1 8000", "start"}));
-  EXPECT_EQ(viaMapper.startThreshold(), -125);
-  EXPECT_EQ(viaMapper.stopThreshold(), -127) << "clamped from -130";
-
-  FakeCaptureDevice none;
-  none.refuseDirect = none.refuseMapper = true;
-  LSoundRecorder refused(none);
-  Events quiet;
-  refused.setListener(&quiet, 0);
-  EXPECT_FALSE(refused.Start(output, 0, -127, 20000));
-  EXPECT_EQ(refused.state(), LSoundRecorder::State::Idle);
-  EXPECT_TRUE(quiet.seen.empty());
-  EXPECT_EQ(none.queued(), 0);
-
-  FakeCaptureDevice unused;
-  LSoundRecorder noOutput(unused);
-  EXPECT_FALSE(noOutput.Start(LSoundSink(), 0, -127, 20000));
-  EXPECT_FALSE(noOutput.Start(LSoundSink(new MemorySink(8000, 0)), 0, -127, 20000)) << "a failed output";
-  EXPECT_TRUE(unused.calls.empty());
-
-  // Buffers that cannot be had are skipped; the recorder runs with the rest.
-  FakeCaptureDevice short_;
-  short_.slotsAvailable = 3;
-  LSoundRecorder fewer(short_);
-  EXPECT_TRUE(fewer.Start(output, 0, -127, 20000));
-  EXPECT_EQ(short_.queued(), 3);
-}
-
-TEST_F(Recorder, TheGateOpensOnlyAboveTheStartThreshold) {
+// Start opens device 2 directly or through the mapper, sizes its buffers to a
+// tenth of a second (20 to 8192 frames), queues what it can get, sets its
+// thresholds 2 dB above and 3 dB below the trim level (-130 clamped to -127)
+// and waits for sound; refused, it says nothing.
+TEST(RecorderStart, OpensTheDeviceAndSizesItsBuffers) {
   const struct {
-    int8_t trim;
-    int quiet;  // the amplitude that must not open it (16-bit units)
-    int loud;   // the one that must
+    const char* name;
+    int refusing;  // 1: the device itself, 2: the mapper too
+    int slots;
+    uint32_t rate;
+    int channels;  // 0: a failed sink, -1: none at all
+    int8_t trim, startThreshold, stopThreshold;
+    std::vector<std::string> calls;
+    int32_t frames;
+    int queued;  // 0: refused
   } rows[] = {
-      {-127, 0, 1},       // AutoTrim off: pure digital silence never opens it, a single step does
-      {-15, 1500, 2000},  // about -14.7 dB stays below -13 dB, -12 dB is above
+      {"direct", 0, 40, 8000, 1, -15, -13, -18, {"open 2 1 8000", "start"}, 800, 40},
+      {"mapper", 1, 40, 8000, 1, -127, -125, -127, {"open 2 1 8000", "open mapper 2 1 8000", "start"}, 800, 40},
+      {"no device", 2, 40, 8000, 1, -127, 0, 0, {"open 2 1 8000", "open mapper 2 1 8000"}, 0, 0},
+      {"three buffers to be had", 0, 3, 8000, 1, -127, -125, -127, {"open 2 1 8000", "start"}, 800, 3},
+      {"no output", 0, 40, 8000, -1, -127, 0, 0, {}, 0, 0},
+      {"failed output", 0, 40, 8000, 0, -127, 0, 0, {}, 0, 0},
+      {"44100 stereo", 0, 40, 44100, 2, -127, -125, -127, {"open 2 2 44100", "start"}, 4410, 40},
+      {"96000 stereo", 0, 40, 96000, 2, -127, -125, -127, {"open 2 2 96000", "start"}, 8192, 40},
+      {"150 Hz", 0, 40, 150, 1, -127, -125, -127, {"open 2 1 150", "start"}, 20, 40},
+      {"0 Hz", 0, 40, 0, 1, -127, -125, -127, {"open 2 1 0", "start"}, 20, 40},
   };
+  ASSERT_EQ(CaptureDevice::kSlots, 40);
   for (const auto& r : rows) {
-    FakeCaptureDevice d;
-    LSoundRecorder rec(d);
-    ASSERT_TRUE(rec.Start(LSoundSink(new MemorySink(kRate, 1)), 0, r.trim, 216000000));
-    for (int i = 0; i < 50; ++i) rec.OnBufferDone(d.fill(tone(r.quiet)));
-    EXPECT_EQ(rec.state(), LSoundRecorder::State::Waiting) << int(r.trim);
-    rec.OnBufferDone(d.fill(tone(r.loud, 400, 402)));
-    EXPECT_EQ(rec.state(), LSoundRecorder::State::Recording) << int(r.trim);
+    SCOPED_TRACE(r.name);
+    FakeCaptureDevice device;
+    device.refuseDirect = r.refusing >= 1;
+    device.refuseMapper = r.refusing >= 2;
+    device.slotsAvailable = r.slots;
+    EngineEvents events;
+    LSoundRecorder recorder(device);
+    recorder.setDevice(2);
+    recorder.setListener(&events, 3);
+    const bool started = recorder.Start(
+        r.channels < 0 ? LSoundSink() : LSoundSink(new MemorySink(r.rate, static_cast<uint8_t>(r.channels))), 0, r.trim,
+        216000000);
+    EXPECT_EQ(started, r.queued > 0);
+    EXPECT_EQ(device.calls, r.calls);
+    EXPECT_EQ(device.queued(), r.queued);
+    EXPECT_EQ(recorder.state(), started ? LSoundRecorder::State::Waiting : LSoundRecorder::State::Idle);
+    const std::vector<std::string> waiting = {"waiting 3", "position 0 3", "levels 3"};
+    EXPECT_EQ(events.seen, started ? waiting : std::vector<std::string>());
+    if (!started) continue;
+    EXPECT_EQ(recorder.startThreshold(), r.startThreshold);
+    EXPECT_EQ(recorder.stopThreshold(), r.stopThreshold);
+    EXPECT_EQ(recorder.framesPerBuffer(), r.frames);
+    EXPECT_EQ(device.bufferBytes, static_cast<size_t>(r.frames) * r.channels * sizeof(int16_t));
   }
 }
 
-TEST_F(Recorder, PreRollOpeningTheRecording) {
-  struct Row {
+// Input below the start threshold leaves the recorder waiting and reaches
+// nothing; the buffer that opens the gate is written whole, after half a
+// buffer of silence when its loud part begins in its first half.
+TEST(RecorderGate, OpensAboveTheStartThresholdAfterItsPreRoll) {
+  const struct {
     const char* name;
-    int loudFrom, loudTo;
+    int8_t trim;
+    int quiet;           // the amplitude that must not open it (16-bit units)
+    int loud, from, to;  // the opening buffer
     int32_t zerosFirst;
   } rows[] = {
-      {"first half loud", 0, 400, kFrames - kFrames / 2},
-      {"whole buffer loud", 0, kFrames, kFrames - kFrames / 2},
-      {"only second half loud", 400, kFrames, 0},
+      {"AutoTrim off: silence waits, a single step opens", -127, 0, 1, 400, 402, 0},
+      {"-14.7 dB stays below -13 dB, -12 dB opens", -15, 1500, 2000, 400, 402, 0},
+      {"first half loud", -15, 100, 8000, 0, 400, kFrames / 2},
+      {"whole buffer loud", -15, 100, 8000, 0, kFrames, kFrames / 2},
+      {"only second half loud", -15, 100, 8000, 400, kFrames, 0},
   };
-  for (const Row& r : rows) {
-    FakeCaptureDevice d;
-    LSoundRecorder rec(d);
-    auto* s = new MemorySink(kRate, 1);
-    ASSERT_TRUE(rec.Start(LSoundSink(s), 0, -15, 216000000));
-    // Quiet but not silent input first: none of it reaches the output.
-    for (int i = 0; i < 3; ++i) rec.OnBufferDone(d.fill(tone(100)));
-    const std::vector<int16_t> opening = tone(8000, r.loudFrom, r.loudTo);
-    rec.OnBufferDone(d.fill(opening));
-    ASSERT_EQ(s->length(), r.zerosFirst + kFrames) << r.name;
-    for (int32_t i = 0; i < r.zerosFirst; ++i) ASSERT_EQ(s->values()[i], 0) << r.name << " frame " << i;
-    for (int32_t i = 0; i < kFrames; ++i) ASSERT_EQ(s->values()[r.zerosFirst + i], opening[i] * 16) << r.name << i;
+  for (const auto& r : rows) {
+    SCOPED_TRACE(r.name);
+    FakeCaptureDevice device;
+    LSoundRecorder recorder(device);
+    auto* sink = new MemorySink(kRate, 1);
+    ASSERT_TRUE(recorder.Start(LSoundSink(sink), 0, r.trim, 216000000));
+    for (int i = 0; i < 50; ++i) recorder.OnBufferDone(device.fill(tone(r.quiet)));
+    EXPECT_EQ(recorder.state(), LSoundRecorder::State::Waiting);
+    EXPECT_EQ(sink->length(), 0);
+    const std::vector<int16_t> opening = tone(r.loud, r.from, r.to);
+    recorder.OnBufferDone(device.fill(opening));
+    EXPECT_EQ(recorder.state(), LSoundRecorder::State::Recording);
+    std::vector<int32_t> expected(static_cast<size_t>(r.zerosFirst), 0);
+    for (int16_t v : opening) expected.push_back(v * 16);
+    EXPECT_EQ(sink->values(), expected);
   }
 }
 

@@ -6,14 +6,9 @@
 #include <gtest/gtest.h>
 #include <mmsystem.h>
 
-#include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "audio/record/memory_sink.h"
 #include "audio/record/wave_in_win.h"
 #include "audio/test_bed_devices_win.h"
 #include "base/time_position.h"
@@ -32,15 +27,11 @@ TEST(WaveInRecorder, RecordsABurstFromASinkMonitor) {
   // 0.3 s of silence, a burst of 1 s of 1000 Hz at 0 dB (amplitude 8192),
   // 3 s of silence, a burst of 0.5 s, and 1 s of silence.
   std::vector<int16_t> signal(kRate * 58 / 10, 0);
-  const auto burst = [&](int start, int frames) {
-    for (int i = 0; i < frames; ++i)
-      signal[start + i] = static_cast<int16_t>(std::lround(8192 * std::sin(2 * M_PI * 1000.0 * i / kRate)));
-  };
-  burst(kRate * 3 / 10, kRate);
-  burst(kRate * 43 / 10, kRate / 2);
+  addSine(signal, kRate * 3 / 10, kRate, 8192, 1000, kRate);
+  addSine(signal, kRate * 43 / 10, kRate / 2, 8192, 1000, kRate);
 
+  EngineEvents events;  // before the recorder, whose destruction still notifies
   LSoundRecorder_Window recorder(GetModuleHandleA(nullptr));
-  BufferCounter events;
   recorder.recorder().setListener(&events, 1);
   recorder.recorder().setDevice(static_cast<int8_t>(in));
   auto* sink = new MemorySink(kRate, 1);
@@ -63,32 +54,23 @@ TEST(WaveInRecorder, RecordsABurstFromASinkMonitor) {
   waveOutClose(wave);
 
   recorder.recorder().Stop();
-  EXPECT_EQ(events.started, 2) << "the gate opens once for each burst";
-  EXPECT_EQ(events.stopped, 1);
+  EXPECT_EQ(events.count("started"), 2) << "the gate opens once for each burst";
+  EXPECT_EQ(events.count("stopped"), 1);
 
   // Where the tone is, in 10 ms steps of the recording.
   const std::vector<int32_t>& v = sink->values();
-  const int step = kRate / 100;
-  std::vector<std::pair<int, int>> runs;  // [first, last] step of each stretch of tone
-  for (int k = 0; k + step <= static_cast<int>(v.size()); k += step) {
-    int32_t peak = 0;
-    for (int i = k; i < k + step; ++i) peak = std::max(peak, std::abs(v[i]));
-    const bool loud = peak > 1000 * 16;
-    if (loud && (runs.empty() || runs.back().second != k / step - 1)) runs.push_back({k / step, k / step});
-    if (loud) runs.back().second = k / step;
-  }
-  ASSERT_EQ(runs.size(), 2u) << "two bursts, nothing else";
-  const auto length = [](const std::pair<int, int>& r) { return r.second - r.first + 1; };
-  EXPECT_NEAR(length(runs[0]), 100, 3);
-  EXPECT_NEAR(length(runs[1]), 50, 3);
-  EXPECT_LE(runs[0].first, 16) << "the recording opens with the first burst, after at most the pre-roll";
+  const ToneAnalysis recorded = analyseTone(v, kRate, 1000);
+  ASSERT_EQ(recorded.runs.size(), 2u) << "two bursts, nothing else";
+  EXPECT_NEAR(recorded.runs[0].steps(), 100, 3);
+  EXPECT_NEAR(recorded.runs[1].steps(), 50, 3);
+  EXPECT_LE(recorded.runs[0].first, 16) << "the recording opens with the first burst, after at most the pre-roll";
   // The 3 s silence is cut to 0.7 s after the first burst's last loud buffer;
   // the second burst opens with its pre-roll.
-  const int gap = runs[1].first - runs[0].second - 1;
+  const int gap = recorded.runs[1].first - recorded.runs[0].last - 1;
   EXPECT_GE(gap, 65);
   EXPECT_LE(gap, 100);
   // The end: 50 ms after the last loud buffer.
-  const int tail = static_cast<int>(v.size()) / step - runs[1].second - 1;
+  const int tail = static_cast<int>(recorded.peaks.size()) - recorded.runs[1].last - 1;
   EXPECT_GE(tail, 4);
   EXPECT_LE(tail, 16);
   EXPECT_NEAR(peakLevel(v.data(), static_cast<int32_t>(v.size()), 1, 0), 0, 1) << "the bursts' level";
