@@ -11,6 +11,20 @@
 
 #define IDD_MAIN 1
 #define IDD_STOP 13
+#define IDD_PASSWORD_SETTINGS 16
+#define IDD_PASSWORD 17
+#define IDD_TEXT_EDIT 20
+#define IDD_BANNER 21
+
+// Controls of the small dialogs.
+#define IDC_STOP_LIST 101
+#define IDC_PASSWORD_EDIT 101
+#define IDC_LOCK_HARDWARE 102
+#define IDC_LOCK_FILES 103
+#define IDC_LOCK_SCHEDULING 104
+#define IDC_LOCK_EXIT 105
+#define IDC_TEXT_EDIT 100
+#define IDC_BANNER_TEXT 100
 
 // Main window controls.
 #define IDC_FILES_LIST 1001

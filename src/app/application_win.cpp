@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "app/main_frame_win.h"
+#include "base/app_paths.h"
 #include "ui/db_controls_win.h"
 #include "ui/main_dialog_win.h"
 
@@ -20,12 +21,13 @@ int runMainApplication(HINSTANCE instance, RunMode mode) {
   if (!MainFrame::registerClass(instance)) return 1;
 
   // The dialog outlives the frame: the frame's destruction closes it.
-  MainDialog dialog(instance);
+  MainDialog dialog(instance, appPaths());
   MainFrame frame(instance, mode, dialog);
   if (!frame.create()) return 1;
 
   MSG msg;
   while (GetMessageA(&msg, nullptr, 0, 0) > 0) {
+    if (dialog.preTranslateMessage(msg)) continue;
     if (dialog.hwnd() && IsDialogMessageA(dialog.hwnd(), &msg)) continue;
     TranslateMessage(&msg);
     DispatchMessageA(&msg);

@@ -58,6 +58,10 @@ LRESULT MainFrame::HandleMessage(UINT msg, WPARAM wParam, LPARAM lParam) {
   switch (msg) {
     case WM_CREATE: OnCreate(); return 0;
     case WM_COMMAND: OnCommand(LOWORD(wParam), wParam, lParam); return 0;
+    case WM_INITMENUPOPUP:
+      // The menu's entries are enabled by the work window's rules.
+      if (m_dialog.hwnd()) SendMessageA(m_dialog.hwnd(), msg, wParam, lParam);
+      return 0;
     case WM_SETFOCUS:
       if (m_dialog.hwnd()) SetFocus(m_dialog.hwnd());
       return 0;

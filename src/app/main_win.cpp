@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "app/app_paths.h"
 #include "app/application_win.h"
 #include "app/service_win.h"
 #include "app/startup_plan.h"
+#include "base/app_paths.h"
 #include "win/messages.h"
 
 namespace {

@@ -81,7 +81,8 @@ void ChannelBank::PlayFile(std::string_view name, int channel, std::string_view 
   } else if (path.empty()) {
     log(AsRunAction::PlayStart, channel, name, cause, "failed: not a file name");
   } else if (!source || source->failed()) {
-    log(AsRunAction::PlayStart, channel, name, cause, "failed: file missing or unreadable");
+    const std::string why = source ? source->failure() : std::string();
+    log(AsRunAction::PlayStart, channel, name, cause, "failed: " + (why.empty() ? std::string("file missing") : why));
   } else {
     log(AsRunAction::PlayStart, channel, name, cause, "failed: device refused");
   }

@@ -95,7 +95,7 @@ TEST_F(Bank, PlayTakesTheChannelOrTheDefaultAndReplacesWhatPlayedThere) {
                          "play 2|play start|News|done",
                          "play 2|play end|News|done",
                          "play 2|play start|Jingle|done",
-                         "play 0|play start|Missing|failed: file missing or unreadable",
+                         "play 0|play start|Missing|failed: cannot open the file",
                          "-|play start|News|failed: no play channel 7",
                          "play 2|play end|Jingle|done",
                      }));

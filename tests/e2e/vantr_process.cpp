@@ -52,4 +52,55 @@ void endRunningCopies() {
   }
 }
 
+MainWindow::MainWindow(HWND frame)
+    : m_frame(frame), m_dialog(frame ? FindWindowExA(frame, nullptr, "#32770", nullptr) : nullptr) {}
+
+std::vector<std::string> MainWindow::lines(int listId) const {
+  HWND list = item(listId);
+  std::vector<std::string> out;
+  const LRESULT count = SendMessageW(list, LB_GETCOUNT, 0, 0);
+  for (LRESULT i = 0; i < count; ++i) {
+    const LRESULT length = SendMessageW(list, LB_GETTEXTLEN, i, 0);
+    std::wstring wide(static_cast<size_t>(length < 0 ? 0 : length) + 1, L'\0');
+    SendMessageW(list, LB_GETTEXT, i, reinterpret_cast<LPARAM>(wide.data()));
+    wide.resize(static_cast<size_t>(length < 0 ? 0 : length));
+    out.emplace_back(wide.begin(), wide.end());  // the program's texts are ASCII
+  }
+  return out;
+}
+
+std::vector<int> MainWindow::selected(int listId) const {
+  std::vector<int> out;
+  const LRESULT count = SendMessageA(item(listId), LB_GETCOUNT, 0, 0);
+  for (int i = 0; i < count; ++i)
+    if (SendMessageA(item(listId), LB_GETSEL, i, 0) > 0) out.push_back(i);
+  return out;
+}
+
+std::string MainWindow::text(int id) const {
+  char buffer[512] = {};
+  SendMessageA(item(id), WM_GETTEXT, sizeof buffer, reinterpret_cast<LPARAM>(buffer));
+  return buffer;
+}
+
+void MainWindow::select(int listId, int index) const {
+  SendMessageA(item(listId), LB_SETSEL, FALSE, -1);
+  SendMessageA(item(listId), LB_SETSEL, TRUE, index);
+  SendMessageA(m_dialog, WM_COMMAND, MAKEWPARAM(listId, LBN_SELCHANGE), reinterpret_cast<LPARAM>(item(listId)));
+}
+
+void MainWindow::selectNone(int listId) const {
+  SendMessageA(item(listId), LB_SETSEL, FALSE, -1);
+  SendMessageA(m_dialog, WM_COMMAND, MAKEWPARAM(listId, LBN_SELCHANGE), reinterpret_cast<LPARAM>(item(listId)));
+}
+
+void MainWindow::command(int id) const { PostMessageA(m_frame, WM_COMMAND, id, 0); }
+
+bool answerBox(const char* title, int button, int ms) {
+  HWND box = nullptr;
+  if (!waitFor([&] { return (box = findBox(title)) != nullptr; }, ms)) return false;
+  PostMessageA(GetDlgItem(box, button), BM_CLICK, 0, 0);
+  return waitFor([&] { return findBox(title) != box; }, ms);
+}
+
 }  // namespace vantr::e2e

@@ -25,6 +25,7 @@ class ProgramFolder {
  public:
   ProgramFolder() { CopyFileA(nativePath(VANTR_EXE).c_str(), m_dir.file("vantr.exe").c_str(), FALSE); }
   std::string path() const { return m_dir.path(); }
+  std::string file(const std::string& name) const { return m_dir.file(name); }
   // Starts vantr.exe from this folder; null if it cannot.
   std::unique_ptr<ChildProcess> start(const std::vector<std::string>& args) const;
 
@@ -34,5 +35,34 @@ class ProgramFolder {
 
 // Ends every running copy (quit message, then kill), so each test starts clean.
 void endRunningCopies();
+
+// The work window as another process sees it: the dialog inside the frame,
+// its lists and texts, and its commands.
+class MainWindow {
+ public:
+  explicit MainWindow(HWND frame);
+  HWND frame() const { return m_frame; }
+  HWND dialog() const { return m_dialog; }
+  HWND item(int id) const { return GetDlgItem(m_dialog, id); }
+
+  // A list's lines (read as UTF-16: an ANSI read across processes is broken
+  // in Wine 8) and which of them are selected.
+  std::vector<std::string> lines(int listId) const;
+  std::vector<int> selected(int listId) const;
+  std::string text(int id) const;
+  // Selects exactly line `index` of a list as a click would, with the
+  // notification the window acts on.
+  void select(int listId, int index) const;
+  void selectNone(int listId) const;
+  // A menu command, as the frame's menu sends it.
+  void command(int id) const;
+
+ private:
+  HWND m_frame, m_dialog;
+};
+
+// Clicks a button of the visible dialog box titled title once it shows;
+// false if it does not show within ms.
+bool answerBox(const char* title, int button, int ms = 10000);
 
 }  // namespace vantr::e2e
