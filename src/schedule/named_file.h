@@ -20,9 +20,20 @@ namespace vantr {
 constexpr char kScheduleExtension[] = ".qsf";
 constexpr char kAudioExtension[] = ".wav";
 
-// The path of the file name + extension in folder, asking the file system.
+// Whether a name can name a file inside its folder on every system the program
+// runs on: not empty, no path separators or drive colon (so never outside
+// the folder, "..\\x" included), none of the characters Windows refuses in a
+// name, no control characters, no trailing dot or space, and not a device
+// name (CON, NUL, COM1, ...). Names come from the lists, the schedules and
+// the serial line; one that fails names no file at all.
+bool isSafeName(std::string_view name);
+
+// The path of the file name + extension in folder, asking the file system;
+// "" for a name that is not safe, so the operation fails like any
+// file-system failure and nothing is written outside the folder.
 std::string namedFilePath(const std::string& folder, std::string_view name, std::string_view extension);
 // The same choice made among the names of folder's files listed already
+// ("" again for a name that is not safe)
 // (listFolder's names), without asking the file system again.
 std::string namedFilePath(const std::string& folder, const std::vector<std::string>& listed, std::string_view name,
                           std::string_view extension);

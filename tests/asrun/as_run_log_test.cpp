@@ -11,6 +11,7 @@
 
 #include "base/civil.h"
 #include "base/file.h"
+#include "test_support/run_command.h"
 #include "test_support/temp_dir.h"
 
 namespace vantr {
@@ -125,6 +126,33 @@ TEST(AsRunLog, ManyThreadsWriteWholeLines) {
     EXPECT_EQ(e.action, "record end");
     EXPECT_EQ(e.milliseconds, at(2026, 11, 23, 12, 0, 0));
     EXPECT_EQ(e.result, std::to_string(next[t]++)) << "each thread's lines in its own order";
+  }
+}
+
+TEST(AsRunCommand, PrintsTheLinesOfASpan) {
+  TempDir dir;
+  ManualClock clock;
+  {
+    AsRunLog log(dir.path(), clock);
+    log.append(entry(at(2026, 11, 23, 9, 59, 59), "early"));
+    log.append(entry(at(2026, 11, 23, 10, 0, 0), "kept"));
+    log.append(entry(at(2026, 11, 23, 10, 0, 1), "late"));
+  }
+  std::string out, err;
+  ASSERT_EQ(runCommand(ctl::kAsRunCommands, "asrun",
+                       {"--logs", dir.path(), "--from", "23/11/26-10:00:00", "--to", "23/11/26-10:00:01"}, out, err),
+            0)
+      << err;
+  EXPECT_EQ(out, "2026-11-23 10:00:00.000\tplay 1\tplay start\tkept\tschedule News sch3\tdone\n");
+  ASSERT_EQ(runCommand(ctl::kAsRunCommands, "asrun", {"--logs", dir.path()}, out, err), 0);
+  EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 3);
+  // clang-format off
+  const std::vector<ctl::Args> wrong = {{}, {"--logs"}, {"--logs", dir.file("none")}, {"--logs", dir.path(), "--from", "soon"},
+                                        {"--logs", dir.path(), "--until", "23/11/26-10:00:00"}};
+  // clang-format on
+  for (const ctl::Args& args : wrong) {
+    EXPECT_EQ(runCommand(ctl::kAsRunCommands, "asrun", args, out, err), 2) << (args.empty() ? "" : args.back());
+    EXPECT_EQ(err.rfind("vantrctl: ", 0), 0u) << err;
   }
 }
 

@@ -185,5 +185,20 @@ TEST_F(Bank, ARefusedDeviceShowsTheNameUntilStoppedAndDeleteStopsEveryUser) {
   EXPECT_EQ(lines[4], "record 2|record end|News|done");
 }
 
+// Names that would leave the folders (the serial line will send such names)
+// start nothing, write nothing, and say so in the log.
+TEST_F(Bank, NamesOutsideTheFoldersStartNothing) {
+  for (const char* name : {"..\\Escaped", "../Escaped", "C:Escaped", "sub/Escaped"}) {
+    bank->PlayFile(name, 0, "automation");
+    bank->StartRecord(name, 0, 10000, "automation");
+  }
+  EXPECT_EQ(bank->busyCount(), 0);
+  const std::vector<std::string> lines = asRun();
+  EXPECT_EQ(lines.size(), 8u);
+  for (const std::string& line : lines) EXPECT_NE(line.find("|failed: not a file name"), std::string::npos) << line;
+  EXPECT_EQ(dir.entries(), (std::vector<std::string>{"Logs", "Recordings", "Schedules"}));
+  EXPECT_TRUE(TempDir::isEmpty(folders.recordingsFolder));
+}
+
 }  // namespace
 }  // namespace vantr

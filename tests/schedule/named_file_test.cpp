@@ -36,6 +36,20 @@ TEST(NamedFile, PathOfTheListedSpelling) {
   }
 }
 
+// Names from the serial line or a hand-made schedule that would leave the
+// folder, or that Windows cannot hold, name no file.
+TEST(NamedFile, NamesThatCannotBeAFileHaveNoPath) {
+  const char* refused[] = {"",    "..\\..\\x", "../x",    "a/b",  "C:x",    "a:b", "a\"b",    "a|b",  "a?",    "a*",
+                           "a<b", "a>b",       "tab\tin", "dot.", "space ", "CON", "nul.txt", "Com1", "LPT9.x"};
+  for (const char* name : refused) {
+    EXPECT_FALSE(isSafeName(name)) << name;
+    EXPECT_EQ(namedFilePath("dir", std::vector<std::string>{}, name, kAudioExtension), "") << name;
+    EXPECT_EQ(audioFilePath("dir", name), "") << name;
+  }
+  for (const char* name : {"News", "..News", "a.b", "COM10", "Console", "Morning Show 7", "x~y!"})
+    EXPECT_TRUE(isSafeName(name)) << name;
+}
+
 struct NoUsers : NamedFileUsers {
   void stopEveryUserOf(const std::string&) override {}
 };

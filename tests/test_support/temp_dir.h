@@ -30,6 +30,10 @@ class TempDir {
 
   std::string path() const { return m_path.string(); }
   std::string file(const std::string& name) const { return (m_path / name).string(); }
+  static bool isEmpty(const std::string& folder) {
+    std::error_code ec;
+    return std::filesystem::is_empty(folder, ec) && !ec;
+  }
   std::vector<std::string> entries() const {
     std::vector<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(m_path))

@@ -4,6 +4,7 @@
 // the test process), returning the process exit code.
 #pragma once
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -22,9 +23,16 @@ struct Command {
 // lives in its own file.
 extern const Command kScheduleCommands[];
 extern const Command kWavCommands[];
+extern const Command kAsRunCommands[];
 
 // Prints "vantrctl: <message>" as one line on err and returns exit code 2
 // (wrong arguments or unreadable input).
 int usageError(std::ostream& err, const std::string& message);
+
+// An absolute moment in the stored form (05/03/04-14:07:09) as seconds; false
+// with a message naming the option for anything else.
+bool parseMoment(const std::string& option, const std::string& text, int64_t& seconds, std::string& error);
+// "YYYY-MM-DD HH:MM:SS".
+std::string stamp(int64_t seconds);
 
 }  // namespace vantr::ctl

@@ -8,7 +8,7 @@ namespace vantr::ctl {
 
 namespace {
 
-const Command* const kGroups[] = {kScheduleCommands, kWavCommands};
+const Command* const kGroups[] = {kScheduleCommands, kWavCommands, kAsRunCommands};
 
 void printUsage(FILE* out) {
   std::fprintf(out, "usage:\n");
