@@ -39,6 +39,25 @@ inline void pumpMessagesFor(DWORD ms) {
 // Wine's capture delivers nothing for its first second or so and then runs
 // about a second behind: a test plays its signal only once the recorder has
 // seen a few buffers, and waits for the tail before it stops.
+// How much longer than a player's last position a recording of its output
+// may be: after waveOutReset Wine plays on what it had already taken from the
+// blocks (0.35 to 0.55 s measured with four players), plus the recorder's
+// 50 ms pre-roll and 50 ms tail. Ten-thousandths of a second.
+constexpr int32_t kResetRunOn = 10000;
+
+// Handles window messages until done() holds; false if it still does not
+// after limitMs, which only guards against a test that would hang: the
+// conditions themselves are counts of what the engines delivered.
+template <class Done>
+bool pumpUntil(Done done, DWORD limitMs = 30000) {
+  const DWORD start = GetTickCount();
+  while (!done()) {
+    if (GetTickCount() - start > limitMs) return false;
+    pumpMessagesFor(20);
+  }
+  return true;
+}
+
 inline bool waitForCapture(const EngineEvents& recorderEvents, int buffers) {
   for (int i = 0; i < 200 && recorderEvents.meterReadings < buffers; ++i) pumpMessagesFor(50);
   return recorderEvents.meterReadings >= buffers;

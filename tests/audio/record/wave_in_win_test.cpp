@@ -46,10 +46,13 @@ TEST(WaveInRecorder, RecordsABurstFromASinkMonitor) {
   header.lpData = reinterpret_cast<LPSTR>(signal.data());
   header.dwBufferLength = static_cast<DWORD>(signal.size() * 2);
   waveOutPrepareHeader(wave, &header, sizeof header);
+  const int buffersBefore = events.meterReadings;
   waveOutWrite(wave, &header, sizeof header);
-  for (int i = 0; i < 200 && !(header.dwFlags & WHDR_DONE); ++i) pumpMessagesFor(50);
-  pumpMessagesFor(2500);
-  EXPECT_TRUE(header.dwFlags & WHDR_DONE) << "the signal did not finish playing";
+  // The signal's 4.8 s and 1.5 s more, counted in the recorder's 100 ms buffers.
+  const int signalBuffers = static_cast<int>(signal.size() * 10 / kRate);
+  ASSERT_TRUE(pumpUntil([&] { return events.meterReadings >= buffersBefore + signalBuffers + 15; }))
+      << "the recorder stopped receiving";
+  EXPECT_TRUE(pumpUntil([&] { return (header.dwFlags & WHDR_DONE) != 0; })) << "the signal did not finish playing";
   waveOutUnprepareHeader(wave, &header, sizeof header);
   waveOutClose(wave);
 
