@@ -25,8 +25,10 @@ target_include_directories(vantr_test_support PUBLIC ${VANTR_TEST_INCLUDE})
 target_link_libraries(vantr_test_support PUBLIC vantr_core)
 
 # vantr_test(NAME name SOURCES ... [LIBS ...] [WINDOWS_ONLY] [TIMEOUT s])
+# vantr_windows_run(NAME name PROGRAM target ARGS ... TIMEOUT s): one more
+# ctest test that runs a Windows test program with arguments (a gtest filter).
 function(vantr_test)
-  cmake_parse_arguments(T "WINDOWS_ONLY" "NAME;TIMEOUT" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(T "WINDOWS_ONLY" "NAME;TIMEOUT" "SOURCES;LIBS;ARGS" ${ARGN})
   if(T_WINDOWS_ONLY AND NOT WIN32)
     return()
   endif()
@@ -39,7 +41,7 @@ function(vantr_test)
   target_link_libraries(${T_NAME} PRIVATE vantr_core vantr_test_support GTest::gtest_main ${T_LIBS})
   if(WIN32)
     target_link_options(${T_NAME} PRIVATE -static)
-    add_test(NAME ${T_NAME} COMMAND ${VANTR_WINRUN} $<TARGET_FILE:${T_NAME}>)
+    add_test(NAME ${T_NAME} COMMAND ${VANTR_WINRUN} $<TARGET_FILE:${T_NAME}> ${T_ARGS})
     set_tests_properties(${T_NAME} PROPERTIES TIMEOUT ${T_TIMEOUT}
       FAIL_REGULAR_EXPRESSION "Unhandled (exception|page fault)|\\[  FAILED  \\]"
       WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
@@ -47,4 +49,15 @@ function(vantr_test)
     gtest_discover_tests(${T_NAME} PROPERTIES TIMEOUT ${T_TIMEOUT}
       WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
   endif()
+endfunction()
+
+function(vantr_windows_run)
+  cmake_parse_arguments(R "" "NAME;PROGRAM;TIMEOUT" "ARGS" ${ARGN})
+  if(NOT WIN32)
+    return()
+  endif()
+  add_test(NAME ${R_NAME} COMMAND ${VANTR_WINRUN} $<TARGET_FILE:${R_PROGRAM}> ${R_ARGS})
+  set_tests_properties(${R_NAME} PROPERTIES TIMEOUT ${R_TIMEOUT}
+    FAIL_REGULAR_EXPRESSION "Unhandled (exception|page fault)|\\[  FAILED  \\]"
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR})
 endfunction()

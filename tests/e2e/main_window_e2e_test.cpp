@@ -9,11 +9,15 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <vector>
 
+#include "asrun/as_run_log.h"
+#include "audio/data/wav_header.h"
 #include "resource.h"
+#include "test_support/run_command.h"
 #include "vantr_process.h"
 
 namespace vantr::e2e {
@@ -120,13 +124,18 @@ class Main : public ::testing::Test {
   void SetUp() override { endRunningCopies(); }
   void TearDown() override { endRunningCopies(); }
 
+  // Starts vantr.exe and waits until its work window is up and has run its
+  // first scheduler tick (the clock shows), so its lists are filled.
   MainWindow start() {
     m_process = m_folder.start({});
     HWND frame = nullptr;
-    waitFor([&] { return (frame = findFrame()) != nullptr; }, 20000);
-    MainWindow window(frame);
-    waitFor([&] { return window.lines(IDC_FILES_LIST).size() > 0 || window.text(IDC_CLOCK).size() > 0; });
-    return window;
+    waitFor(
+        [&] {
+          frame = findFrame();
+          return frame && MainWindow(frame).dialog() && !MainWindow(frame).text(IDC_CLOCK).empty();
+        },
+        30000);
+    return MainWindow(frame);
   }
 
   ProgramFolder m_folder;
@@ -248,6 +257,156 @@ TEST_F(Main, ExitAsksForThePasswordEvenOnTheQuitMessage) {
   int code = -1;
   EXPECT_TRUE(m_process->wait(10000, &code)) << "the right password lets the quit message end it";
   EXPECT_FALSE(findBox("Confirm Stop")) << "the quit message never asks Confirm Stop";
+}
+
+// Killed while it records on every channel the test bed joins to an output:
+// each recording opens with a declared length no more than 441000 frames short
+// of what reached the disk, and every as-run line but a cut-off last one is whole.
+TEST_F(Main, KilledWhileRecordingLeavesWholeFilesAndLog) {
+  const std::vector<Loop> joined = loops();
+  ASSERT_GE(joined.size(), 2u);
+  for (size_t i = 0; i < joined.size(); ++i) {
+    const std::string n = std::to_string(i);
+    m_library.tone("Tone" + n, 40);
+    m_library.schedule("Tone" + n,
+                       "[sch0]\ntype=1\nchan=" + std::to_string(joined[i].play) + "\ndate=" + storedDateIn(3) + "\n");
+    m_library.schedule("Take" + n, "[sch0]\ntype=3\nchan=" + std::to_string(joined[i].record) +
+                                       "\nduration= 0:05:00.000\ndate=" + storedDateIn(3) + "\n");
+  }
+  MainWindow window = start();
+  ASSERT_TRUE(waitFor([&] { return window.text(IDC_RECORD_STATUS).size() > 6; }, 15000));
+  // Past the first header rewrite (441000 frames, 10 s at 44100 Hz), by the files' own growth.
+  const std::string first = m_folder.file("Recordings\\Take0.wav");
+  ASSERT_TRUE(waitFor(
+      [&] {
+        WIN32_FILE_ATTRIBUTE_DATA data;
+        return GetFileAttributesExA(first.c_str(), GetFileExInfoStandard, &data) &&
+               data.nFileSizeLow > 441000u * 4 + 200000u;
+      },
+      40000));
+  m_process->kill();
+  ASSERT_TRUE(m_process->wait(5000));
+  for (size_t i = 0; i < joined.size(); ++i) {
+    const std::string path = m_folder.file("Recordings\\Take" + std::to_string(i) + ".wav");
+    WavHeader header;
+    const WavParseResult parsed = readWavFileHeader(path, header);
+    ASSERT_TRUE(parsed.ok()) << path << ": " << parsed.reason;
+    WIN32_FILE_ATTRIBUTE_DATA data;
+    ASSERT_TRUE(GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data));
+    const int64_t onDisk = (static_cast<int64_t>(data.nFileSizeLow) - header.dataOffset) / header.blockAlign;
+    const int64_t declared = header.dataSize / header.blockAlign;
+    EXPECT_GE(declared, onDisk - 441000) << path;
+    EXPECT_LE(declared, onDisk) << path;
+    EXPECT_GT(declared, 0) << path;
+  }
+  const std::string log = m_library.asRun();
+  const size_t lastEnd = log.rfind('\n');
+  ASSERT_NE(lastEnd, std::string::npos);
+  size_t lines = 0;
+  for (size_t start = 0, end; (end = log.find('\n', start)) != std::string::npos; start = end + 1, ++lines) {
+    AsRunEntry entry;
+    EXPECT_TRUE(parseAsRunLine(std::string_view(log).substr(start, end - start), entry))
+        << log.substr(start, end - start);
+  }
+  EXPECT_GE(lines, 2 * joined.size()) << "every start is in the log";
+}
+
+// Bad input loses nothing: a binary schedule file, a text file and an empty
+// file as recordings, a name longer than 47 characters, and no Recordings
+// folder at first. The good item still fires; the failures are in the log.
+TEST_F(Main, BadInputKeepsTheProgramRunningAndTheGoodItemsFiring) {
+  RemoveDirectoryA(m_folder.file("Recordings").c_str());
+  std::string junk(4096, '\0');
+  for (size_t i = 0; i < junk.size(); ++i) junk[i] = static_cast<char>((i * 7919) % 251);
+  std::ofstream(m_folder.file("Schedules\\Binary.qsf"), std::ios::binary) << junk;
+  const std::string due = storedDateIn(4);
+  const std::string longName(60, 'L');
+  m_library.schedule(longName, "[sch0]\ntype=1\ndate=" + due + "\n");
+  m_library.schedule("Text", "[sch0]\ntype=1\nchan=0\ndate=" + due + "\n");
+  m_library.schedule("Empty", "[sch0]\ntype=1\nchan=1\ndate=" + due + "\n");
+  m_library.schedule("Good", "[sch0]\ntype=1\nchan=2\ndate=" + due + "\n");
+  MainWindow window = start();
+  ASSERT_TRUE(window.dialog());
+  // The program made the Recordings folder again; the test puts the files in now.
+  ASSERT_TRUE(waitFor([&] { return m_library.has("Recordings"); }));
+  std::ofstream(m_folder.file("Recordings\\Text.wav")) << "this is not audio\n";
+  std::ofstream(m_folder.file("Recordings\\Empty.wav"));
+  m_library.tone("Good", 3);
+  ASSERT_TRUE(waitFor([&] { return window.text(IDC_PLAY_STATUS) == "[play] Good"; }, 15000))
+      << window.text(IDC_PLAY_STATUS);
+  EXPECT_EQ(window.lines(IDC_FILES_LIST).size(), 5u) << "every schedule file is listed";
+  const std::string log = m_library.asRun();
+  const std::vector<std::string> expectedLines = {
+      "\tplay start\tGood\tschedule Good sch0\tdone", "\tplay start\tText\tschedule Text sch0\tfailed: ",
+      "\tplay start\tEmpty\tschedule Empty sch0\tfailed: ", "\tplay start\t" + longName.substr(0, 47) + "\t"};
+  for (const std::string& expected : expectedLines)
+    EXPECT_NE(log.find(expected), std::string::npos) << expected << " not in:\n" << log;
+  EXPECT_FALSE(m_process->wait(0)) << "the program ended";
+}
+
+// "HH:MM:SS" of the local clock `seconds` from now.
+std::string timeOfDayIn(int seconds) { return storedDateIn(seconds).substr(9); }
+
+// Items every few seconds for ten minutes (VANTR_AGENDA_MINUTES shortens it):
+// regular and once items, several due in one second, on two channels. The
+// as-run log must list exactly the starts vantrctl agenda predicts for the
+// span, in the same order within a second, each in its due second or the next.
+TEST_F(Main, AsRunMatchesTheAgenda) {
+  const char* minutesText = std::getenv("VANTR_AGENDA_MINUTES");
+  const int span = 60 * (minutesText ? std::atoi(minutesText) : 10);
+  ASSERT_GT(span, 0);
+  const std::string files[] = {"Alpha", "Bravo", "Charlie", "Delta"};
+  for (const std::string& name : files) m_library.tone(name, 1);
+  std::string items[4];
+  int slot[4] = {};
+  const auto add = [&](int file, const std::string& body) {
+    items[file] += "[sch" + std::to_string(slot[file]++) + "]\n" + body;
+  };
+  const int first = 20;
+  // Once items: every 7 s on Alpha (channel 0), and Bravo in the same second
+  // every 21 s (channel 1).
+  for (int t = first; t < span; t += 7) add(0, "type=1\nchan=0\ndate=" + storedDateIn(t) + "\n");
+  for (int t = first; t < span; t += 21) add(1, "type=1\nchan=1\ndate=" + storedDateIn(t) + "\n");
+  // Regular items: Charlie and Delta at the same times of day, every day.
+  for (int t = first + 3; t < span; t += 30) {
+    add(2, "type=2\nchan=0\ntime=" + timeOfDayIn(t) + "\ndays=127\n");
+    add(3, "type=2\nchan=1\ntime=" + timeOfDayIn(t) + "\ndays=127\n");
+  }
+  for (int f = 0; f < 4; ++f) m_library.schedule(files[f], items[f]);
+  const std::string from = storedDateIn(first - 5), to = storedDateIn(span + 2);
+  MainWindow window = start();
+  ASSERT_TRUE(window.dialog());
+  Sleep(static_cast<DWORD>(span + 5) * 1000);
+  PostMessageA(window.frame(), kQuit, 0, 0);
+  ASSERT_TRUE(m_process->wait(20000));
+
+  std::string out, err;
+  ASSERT_EQ(runCommand(ctl::kScheduleCommands, "agenda",
+                       {"--schedules", m_folder.file("Schedules"), "--from", from, "--to", to}, out, err),
+            0)
+      << err;
+  // "YYYY-MM-DD HH:MM:SS play NAME chan=N"
+  std::vector<std::pair<std::string, std::string>> predicted;
+  for (size_t start = 0, end; (end = out.find('\n', start)) != std::string::npos; start = end + 1) {
+    const std::string line = out.substr(start, end - start);
+    const size_t name = line.find(" play ") + 6;
+    predicted.emplace_back(line.substr(0, 19), line.substr(name, line.find(' ', name) - name));
+  }
+  std::vector<AsRunEntry> ran;
+  ASSERT_TRUE(readAsRun(m_folder.file("Logs"), 0, INT64_MAX, ran));
+  std::vector<std::pair<int64_t, std::string>> started;
+  for (const AsRunEntry& e : ran)
+    if (e.action == "play start") started.emplace_back(e.milliseconds / 1000, e.file);
+  ASSERT_EQ(started.size(), predicted.size()) << "agenda:\n" << out;
+  ASSERT_GT(predicted.size(), static_cast<size_t>(span / 7));
+  for (size_t i = 0; i < predicted.size(); ++i) {
+    EXPECT_EQ(started[i].second, predicted[i].second) << "start " << i << " at " << predicted[i].first;
+    const std::string ranAt = formatAsRunLine(AsRunEntry{started[i].first * 1000, "", "", "", "", ""}).substr(0, 19);
+    const std::string nextSecond =
+        formatAsRunLine(AsRunEntry{(started[i].first - 1) * 1000, "", "", "", "", ""}).substr(0, 19);
+    EXPECT_TRUE(ranAt == predicted[i].first || nextSecond == predicted[i].first)
+        << "start " << i << " due " << predicted[i].first << " ran at " << ranAt;
+  }
 }
 
 }  // namespace
