@@ -59,23 +59,6 @@ void summary(const char* what, std::vector<double> ms) {
   std::printf("%-44s n=%zu p50 %.1f ms  p99 %.1f ms  max %.1f ms\n", what, ms.size(), at(0.5), at(0.99), ms.back());
 }
 
-void writeTone(const std::string& path, int seconds) {
-  const int frames = 44100 * seconds;
-  std::vector<short> samples(static_cast<size_t>(frames) * 2);
-  for (int i = 0; i < frames; ++i) samples[2 * i] = samples[2 * i + 1] = short(8000 * std::sin(i * 0.142476));
-  std::ofstream out(path, std::ios::binary);
-  const auto u32 = [&](uint32_t v) { out.write(reinterpret_cast<const char*>(&v), 4); };
-  const auto u16 = [&](uint16_t v) { out.write(reinterpret_cast<const char*>(&v), 2); };
-  const uint32_t bytes = static_cast<uint32_t>(samples.size() * 2);
-  out << "RIFF";
-  u32(36 + bytes);
-  out << "WAVEfmt ";
-  u32(16), u16(1), u16(2), u32(44100), u32(44100 * 4), u16(4), u16(16);
-  out << "data";
-  u32(bytes);
-  out.write(reinterpret_cast<const char*>(samples.data()), bytes);
-}
-
 // The platform's limit: wait for each second with a waitable timer, then hand
 // one 100 ms block to an open waveOut device.
 std::vector<double> bareLatencies(int starts) {
@@ -122,7 +105,7 @@ std::vector<double> scheduledLatencies(int starts) {
   }
   for (int f = 0; f < 4; ++f) {
     const std::string name = "Channel" + std::to_string(f);
-    writeTone(folder.file("Recordings\\" + name + ".wav"), 1);
+    vantr::e2e::writeTone(folder.file("Recordings\\" + name + ".wav"), 1, 8000);
     std::ofstream(folder.file("Schedules\\" + name + ".qsf")) << items[f];
   }
   auto process = folder.start({});

@@ -92,6 +92,8 @@ std::string formatAsRunLine(const AsRunEntry& e) {
 
 bool parseAsRunLine(std::string_view line, AsRunEntry& entry) {
   if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+  // A line end inside a line is no line this log wrote.
+  if (line.find_first_of("\r\n") != std::string_view::npos) return false;
   std::string_view fields[kFields];
   size_t count = 0;
   for (;;) {

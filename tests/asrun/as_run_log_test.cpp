@@ -43,7 +43,9 @@ TEST(AsRunLine, FormatAndParse) {
       "2026-02-30 09:05:07.042\tplay 1\tplay start\tNews\toperator\tdone",        // no such day
       "2026-11-23 24:00:00.000\tplay 1\tplay start\tNews\toperator\tdone",        // no such hour
       "2026-11-23 09:05:07\tplay 1\tplay start\tNews\toperator\tdone",            // no milliseconds
-      "2026-11-23 09:05:07.04x\tplay 1\tplay start\tNews\toperator\tdone", ""};
+      "2026-11-23 09:05:07.04x\tplay 1\tplay start\tNews\toperator\tdone",
+      "2026-11-23 09:05:07.042\tplay 1\tplay start\tNews\toperator\tdone\r\r",  // a line end inside
+      ""};
   // clang-format on
   for (const char* text : refused) EXPECT_FALSE(parseAsRunLine(text, back)) << text;
 }

@@ -15,6 +15,8 @@
 #include <vector>
 
 #include "asrun/as_run_log.h"
+#include "audio/audio_test_support.h"
+#include "audio/data/pcm_file_source.h"
 #include "audio/data/wav_header.h"
 #include "resource.h"
 #include "test_support/run_command.h"
@@ -84,20 +86,7 @@ class Library {
   }
   // seconds of a 1000 Hz tone at -6 dB, 16-bit stereo at 44100 Hz.
   void tone(const std::string& name, int seconds) const {
-    const int frames = 44100 * seconds;
-    std::vector<short> samples(static_cast<size_t>(frames) * 2);
-    for (int i = 0; i < frames; ++i) samples[2 * i] = samples[2 * i + 1] = short(16384 * std::sin(i * 0.142476));
-    std::ofstream out(m_folder.file("Recordings\\" + name + ".wav"), std::ios::binary);
-    const auto u32 = [&](uint32_t v) { out.write(reinterpret_cast<const char*>(&v), 4); };
-    const auto u16 = [&](uint16_t v) { out.write(reinterpret_cast<const char*>(&v), 2); };
-    const uint32_t bytes = static_cast<uint32_t>(samples.size() * 2);
-    out << "RIFF";
-    u32(36 + bytes);
-    out << "WAVEfmt ";
-    u32(16), u16(1), u16(2), u32(44100), u32(44100 * 4), u16(4), u16(16);
-    out << "data";
-    u32(bytes);
-    out.write(reinterpret_cast<const char*>(samples.data()), bytes);
+    writeTone(m_folder.file("Recordings\\" + name + ".wav"), seconds);
   }
   bool has(const std::string& relative) const {
     return GetFileAttributesA(m_folder.file(relative).c_str()) != INVALID_FILE_ATTRIBUTES;
@@ -170,6 +159,23 @@ TEST_F(Main, ScheduledItemsPlayRecordAndDeleteOnTheDevices) {
   ASSERT_TRUE(waitFor([&] { return window.text(IDC_RECORD_STATUS).empty(); }, 15000)) << "the recording never ended";
   ASSERT_TRUE(waitFor([&] { return window.text(IDC_PLAY_STATUS).empty(); }, 15000)) << "the play never ended";
   (void)b;
+
+  // What the record channel heard: Morning's tone (-6 dBFS, +6 dB on the
+  // program's scale), at 1000 Hz, for the item's 3 s (the recording opens 50
+  // ms before the gate and ends after at most a buffer more).
+  LSoundSource capture = openWavSource(m_folder.file("Recordings\\Capture.wav"));
+  ASSERT_FALSE(capture->failed()) << capture->failure();
+  const int32_t frames = capture->length();
+  EXPECT_GE(frames, 3 * 44100);
+  EXPECT_LE(frames, 3 * 44100 + 44100 / 5);
+  const std::vector<int32_t> left = [&] {
+    std::vector<int32_t> all = readAll(*capture, frames), one;
+    for (size_t i = 0; i < all.size(); i += capture->channels()) one.push_back(all[i]);
+    return one;
+  }();
+  const ToneAnalysis heard = analyseTone(left, 44100, 7000);
+  EXPECT_NEAR(heard.hz, 1000, 2);
+  EXPECT_NEAR(heard.decibels, 6, 1);
 
   const std::string log = m_library.asRun();
   for (const std::string expected :
@@ -259,6 +265,79 @@ TEST_F(Main, ExitAsksForThePasswordEvenOnTheQuitMessage) {
   EXPECT_FALSE(findBox("Confirm Stop")) << "the quit message never asks Confirm Stop";
 }
 
+// The operator's Play and Record: Play starts the first selected file on the
+// default channel; Record asks "Enter Record Duration", starts the recording
+// with the typed duration and remembers the text. Recording a file that plays
+// goes to its TEMP_ file, moved into place once the play has ended.
+TEST_F(Main, PlayAndRecordCommandsAndTheTempFile) {
+  m_library.schedule("Show", "");
+  m_library.tone("Show", 4);
+  MainWindow window = start();
+  ASSERT_EQ(window.lines(IDC_FILES_LIST), std::vector<std::string>{"Show"});
+  window.command(IDC_PLAY);
+  ASSERT_TRUE(waitFor([&] { return window.text(IDC_PLAY_STATUS) == "[play] Show"; })) << window.text(IDC_PLAY_STATUS);
+  window.command(IDC_RECORD);
+  HWND prompt = nullptr;
+  ASSERT_TRUE(waitFor([&] { return (prompt = findBox("Enter Record Duration")) != nullptr; }));
+  char shown[32] = {};
+  GetDlgItemTextA(prompt, IDC_TEXT_EDIT, shown, sizeof shown);
+  EXPECT_STREQ(shown, "0:30:00") << "the default duration";
+  SetDlgItemTextA(prompt, IDC_TEXT_EDIT, "0:00:02");
+  PostMessageA(GetDlgItem(prompt, IDOK), BM_CLICK, 0, 0);
+  ASSERT_TRUE(waitFor([&] { return window.text(IDC_RECORD_STATUS) == "[rec] Show"; }));
+  EXPECT_TRUE(m_library.has("Recordings\\TEMP_Show.wav")) << "the file plays: the recording goes to TEMP_";
+  window.command(IDC_STOP);  // two busy channels: the Stop dialog, stop both
+  HWND box = nullptr;
+  ASSERT_TRUE(waitFor([&] { return (box = findBox("Stop")) != nullptr; }));
+  SendDlgItemMessageA(box, IDC_STOP_LIST, LB_SETSEL, TRUE, -1);
+  PostMessageA(GetDlgItem(box, IDOK), BM_CLICK, 0, 0);
+  ASSERT_TRUE(waitFor([&] { return window.text(IDC_PLAY_STATUS).empty() && window.text(IDC_RECORD_STATUS).empty(); }));
+  // The next status refresh moves the TEMP_ file into place.
+  EXPECT_TRUE(waitFor([&] { return !m_library.has("Recordings\\TEMP_Show.wav"); }, 20000));
+  EXPECT_TRUE(m_library.has("Recordings\\Show.wav"));
+  char remembered[32] = {};
+  GetPrivateProfileStringA("settings", "recordtime", "", remembered, sizeof remembered,
+                           m_folder.file("settings.ini").c_str());
+  EXPECT_STREQ(remembered, "0:00:02");
+}
+
+// Password Settings: the new password and protections are written only after
+// the password is typed a second time; a cancelled second entry writes nothing.
+TEST_F(Main, PasswordSettingsAskTheNewPasswordTwice) {
+  MainWindow window = start();
+  ASSERT_TRUE(window.dialog());
+  const auto settingsDialog = [] {
+    HWND box = findBox("Enter Password");
+    return box && GetDlgItem(box, IDC_LOCK_EXIT) ? box : nullptr;
+  };
+  const auto prompt = [] {
+    HWND box = findBox("Enter Password");
+    return box && !GetDlgItem(box, IDC_LOCK_EXIT) ? box : nullptr;
+  };
+  const auto stored = [&](const char* key) {
+    char value[64] = {};
+    GetPrivateProfileStringA("security", key, "", value, sizeof value, m_folder.file("settings.ini").c_str());
+    return std::string(value);
+  };
+  for (const bool confirm : {false, true}) {
+    window.command(CM_PASSWORD_SETTINGS);
+    HWND dialog = nullptr, again = nullptr;
+    ASSERT_TRUE(waitFor([&] { return (dialog = settingsDialog()) != nullptr; }));
+    SetDlgItemTextA(dialog, IDC_PASSWORD_EDIT, "Pw");
+    SendDlgItemMessageA(dialog, IDC_LOCK_EXIT, BM_SETCHECK, BST_CHECKED, 0);
+    PostMessageA(GetDlgItem(dialog, IDOK), BM_CLICK, 0, 0);
+    ASSERT_TRUE(waitFor([&] { return (again = prompt()) != nullptr; }));
+    SetDlgItemTextA(again, IDC_PASSWORD_EDIT, "Pw");
+    PostMessageA(GetDlgItem(again, confirm ? IDOK : IDCANCEL), BM_CLICK, 0, 0);
+    ASSERT_TRUE(waitFor([&] { return !findBox("Enter Password"); }));
+    EXPECT_EQ(stored("password"), confirm ? "Pw" : "");
+    EXPECT_EQ(stored("flags"), confirm ? "64" : "");
+  }
+  // Now Exit asks for it.
+  PostMessageA(window.frame(), WM_CLOSE, 0, 0);
+  EXPECT_TRUE(waitFor([&] { return prompt() != nullptr; }));
+}
+
 // Killed while it records on every channel the test bed joins to an output:
 // each recording opens with a declared length no more than 441000 frames short
 // of what reached the disk, and every as-run line but a cut-off last one is whole.
@@ -273,8 +352,14 @@ TEST_F(Main, KilledWhileRecordingLeavesWholeFilesAndLog) {
     m_library.schedule("Take" + n, "[sch0]\ntype=3\nchan=" + std::to_string(joined[i].record) +
                                        "\nduration= 0:05:00.000\ndate=" + storedDateIn(3) + "\n");
   }
+  // Every recording's name after the one "[rec] ", in channel order.
+  std::string status = "[rec] ";
+  for (int channel = 0; channel < 4; ++channel)
+    for (size_t i = 0; i < joined.size(); ++i)
+      if (joined[i].record == channel) status += "Take" + std::to_string(i);
   MainWindow window = start();
-  ASSERT_TRUE(waitFor([&] { return window.text(IDC_RECORD_STATUS).size() > 6; }, 15000));
+  ASSERT_TRUE(waitFor([&] { return window.text(IDC_RECORD_STATUS) == status; }, 15000))
+      << window.text(IDC_RECORD_STATUS);
   // Past the first header rewrite (441000 frames, 10 s at 44100 Hz), by the files' own growth.
   const std::string first = m_folder.file("Recordings\\Take0.wav");
   ASSERT_TRUE(waitFor(
@@ -407,6 +492,27 @@ TEST_F(Main, AsRunMatchesTheAgenda) {
     EXPECT_TRUE(ranAt == predicted[i].first || nextSecond == predicted[i].first)
         << "start " << i << " due " << predicted[i].first << " ran at " << ranAt;
   }
+}
+
+// No sound device at all (the program cannot reach a sound server): starts
+// fail into the log, and the program and its scheduler keep running.
+TEST_F(Main, NoSoundDeviceFailsIntoTheLog) {
+  m_library.tone("Tune", 2);
+  m_library.schedule("Tune", "[sch0]\ntype=1\nchan=0\ndate=" + storedDateIn(3) +
+                                 "\n[sch1]\ntype=3\nchan=0\ndate=" + storedDateIn(3) + "\nduration= 0:00:02.000\n");
+  char server[512] = {};
+  GetEnvironmentVariableA("PULSE_SERVER", server, sizeof server);
+  SetEnvironmentVariableA("PULSE_SERVER", "unix:/nonexistent/pulse/native");
+  MainWindow window = start();
+  SetEnvironmentVariableA("PULSE_SERVER", server);
+  ASSERT_TRUE(window.dialog());
+  ASSERT_TRUE(waitFor([&] { return m_library.asRun().find("\tplay start\tTune\t") != std::string::npos; }, 15000));
+  const std::string log = m_library.asRun();
+  EXPECT_NE(log.find("\tplay start\tTune\tschedule Tune sch0\tfailed: device refused"), std::string::npos) << log;
+  EXPECT_NE(log.find("\trecord start\tTune\tschedule Tune sch1\tfailed: device refused"), std::string::npos) << log;
+  const std::string clock = window.text(IDC_CLOCK);
+  EXPECT_TRUE(waitFor([&] { return window.text(IDC_CLOCK) != clock; })) << "the scheduler stopped";
+  EXPECT_FALSE(m_process->wait(0));
 }
 
 }  // namespace

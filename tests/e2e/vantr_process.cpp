@@ -1,4 +1,8 @@
 #include "vantr_process.h"
+
+#include <cmath>
+
+#include "audio/data/pcm_file_sink.h"
 #include "win/handles_win.h"
 
 #include <chrono>
@@ -95,6 +99,17 @@ void MainWindow::selectNone(int listId) const {
 }
 
 void MainWindow::command(int id) const { PostMessageA(m_frame, WM_COMMAND, id, 0); }
+
+void writeTone(const std::string& path, int seconds, int amplitude) {
+  constexpr int kRate = 44100;
+  LSoundSink sink = createPcmSink(path, kRate, 2, 16, 0);
+  std::vector<int32_t> frames(2 * kRate);
+  for (int second = 0; second < seconds; ++second) {
+    for (int i = 0; i < kRate; ++i)
+      frames[2 * i] = frames[2 * i + 1] = static_cast<int32_t>(amplitude * std::sin(i * 2 * M_PI * 1000 / kRate)) * 16;
+    sink->write(frames.data(), kRate);
+  }
+}
 
 bool answerBox(const char* title, int button, int ms) {
   HWND box = nullptr;

@@ -61,6 +61,10 @@ class MainWindow {
   HWND m_frame, m_dialog;
 };
 
+// A 16-bit stereo 44100 Hz WAV file of a 1000 Hz tone at `amplitude` (16-bit
+// units), written by the program's own PCM sink.
+void writeTone(const std::string& path, int seconds, int amplitude = 16384);
+
 // Clicks a button of the visible dialog box titled title once it shows;
 // false if it does not show within ms.
 bool answerBox(const char* title, int button, int ms = 10000);
