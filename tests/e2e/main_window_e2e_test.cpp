@@ -494,26 +494,5 @@ TEST_F(Main, AsRunMatchesTheAgenda) {
   }
 }
 
-// No sound device at all (the program cannot reach a sound server): starts
-// fail into the log, and the program and its scheduler keep running.
-TEST_F(Main, NoSoundDeviceFailsIntoTheLog) {
-  m_library.tone("Tune", 2);
-  m_library.schedule("Tune", "[sch0]\ntype=1\nchan=0\ndate=" + storedDateIn(3) +
-                                 "\n[sch1]\ntype=3\nchan=0\ndate=" + storedDateIn(3) + "\nduration= 0:00:02.000\n");
-  char server[512] = {};
-  GetEnvironmentVariableA("PULSE_SERVER", server, sizeof server);
-  SetEnvironmentVariableA("PULSE_SERVER", "unix:/nonexistent/pulse/native");
-  MainWindow window = start();
-  SetEnvironmentVariableA("PULSE_SERVER", server);
-  ASSERT_TRUE(window.dialog());
-  ASSERT_TRUE(waitFor([&] { return m_library.asRun().find("\tplay start\tTune\t") != std::string::npos; }, 15000));
-  const std::string log = m_library.asRun();
-  EXPECT_NE(log.find("\tplay start\tTune\tschedule Tune sch0\tfailed: device refused"), std::string::npos) << log;
-  EXPECT_NE(log.find("\trecord start\tTune\tschedule Tune sch1\tfailed: device refused"), std::string::npos) << log;
-  const std::string clock = window.text(IDC_CLOCK);
-  EXPECT_TRUE(waitFor([&] { return window.text(IDC_CLOCK) != clock; })) << "the scheduler stopped";
-  EXPECT_FALSE(m_process->wait(0));
-}
-
 }  // namespace
 }  // namespace vantr::e2e
