@@ -78,6 +78,11 @@ void MainDialog::OnInitDialog() {
       SendDlgItemMessageA(m_hwnd, kButtons[i].control, BM_SETIMAGE, IMAGE_BITMAP,
                           reinterpret_cast<LPARAM>(m_buttonBitmaps[i].get()));
   }
+  // Each meter lies inside its status line's rectangle: above it in the
+  // z-order, the status line's painting (it clips its siblings above it)
+  // never covers the meter.
+  for (int meter : {IDC_RECORD_METER, IDC_PLAY_METER})
+    SetWindowPos(GetDlgItem(m_hwnd, meter), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
   if (m_banner.show(m_hwnd)) SetTimer(m_hwnd, kTimerBanner, kBannerMs, nullptr);
 
   makeDirectory(m_paths.recordingsFolder);
