@@ -20,8 +20,10 @@
 #include <vector>
 
 #include "asrun/as_run_log.h"
+#include "base/clock.h"
 #include "e2e/vantr_process.h"
 #include "resource.h"
+#include "schedule/schedule_time.h"
 
 using vantr::e2e::MainWindow;
 using vantr::e2e::ProgramFolder;
@@ -29,25 +31,10 @@ using Steady = std::chrono::steady_clock;
 
 namespace {
 
-int64_t localMilliseconds() {
-  SYSTEMTIME st;
-  GetLocalTime(&st);
-  FILETIME ft;
-  SystemTimeToFileTime(&st, &ft);
-  return static_cast<int64_t>((static_cast<uint64_t>(ft.dwHighDateTime) << 32 | ft.dwLowDateTime) / 10000);
-}
+int64_t localMilliseconds() { return vantr::systemClock().nowMilliseconds(); }
 
-// "DD/MM/YY-HH:MM:SS" of a local time in milliseconds since 1601.
-std::string storedDate(int64_t ms) {
-  const uint64_t ticks = static_cast<uint64_t>(ms) * 10000;
-  FILETIME ft{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
-  SYSTEMTIME st;
-  FileTimeToSystemTime(&ft, &st);
-  char text[32];
-  std::snprintf(text, sizeof text, "%02d/%02d/%02d-%02d:%02d:%02d", st.wDay, st.wMonth, st.wYear % 100, st.wHour,
-                st.wMinute, st.wSecond);
-  return text;
-}
+// "DD/MM/YY-HH:MM:SS" of a local time in milliseconds.
+std::string storedDate(int64_t ms) { return vantr::FormatStoredDateTime(vantr::toScheduleTime(ms / 1000)); }
 
 void summary(const char* what, std::vector<double> ms) {
   if (ms.empty()) {
@@ -114,13 +101,11 @@ std::vector<double> scheduledLatencies(int starts) {
   process->wait(20000);
   std::vector<vantr::AsRunEntry> ran;
   vantr::readAsRun(folder.file("Logs"), 0, INT64_MAX, ran);
-  // The log counts from 1970, the items were made counting from 1601; the
-  // starts come one a second in item order.
-  constexpr int64_t k1601To1970 = 11644473600000LL;
+  // The starts come one a second in item order.
   std::vector<double> latencies;
   for (const vantr::AsRunEntry& e : ran) {
     if (e.action != "play start") continue;
-    const int64_t due = first - k1601To1970 + static_cast<int64_t>(latencies.size()) * 1000;
+    const int64_t due = first + static_cast<int64_t>(latencies.size()) * 1000;
     latencies.push_back(static_cast<double>(e.milliseconds - due));
   }
   if (latencies.size() != static_cast<size_t>(starts))

@@ -26,13 +26,9 @@ std::string oneField(std::string_view text) {
 }
 
 std::string formatStamp(int64_t milliseconds) {
-  const CivilTime t = civilFromSeconds(floorDiv(milliseconds, 1000));
-  char text[64];
-  std::snprintf(text, sizeof text, "%04lld-%02lld-%02lld %02lld:%02lld:%02lld.%03lld", static_cast<long long>(t.year),
-                static_cast<long long>(t.month), static_cast<long long>(t.day), static_cast<long long>(t.hour),
-                static_cast<long long>(t.minute), static_cast<long long>(t.second),
-                static_cast<long long>(floorMod(milliseconds, 1000)));
-  return text;
+  char millis[8];
+  std::snprintf(millis, sizeof millis, ".%03lld", static_cast<long long>(floorMod(milliseconds, 1000)));
+  return formatCivilStamp(floorDiv(milliseconds, 1000)) + millis;
 }
 
 // "YYYY-MM-DD HH:MM:SS.mmm" exactly, with every field in its range.

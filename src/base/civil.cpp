@@ -1,5 +1,7 @@
 #include "base/civil.h"
 
+#include <cstdio>
+
 namespace vantr {
 
 // Days-from-civil on 400-year eras (each era is 146097 days), with the year
@@ -50,6 +52,15 @@ CivilTime civilFromSeconds(int64_t seconds) {
 int weekdayFromDays(int64_t days) {
   // 1970-01-01 was a Thursday.
   return static_cast<int>(floorMod(days + 4, 7));
+}
+
+std::string formatCivilStamp(int64_t seconds) {
+  const CivilTime t = civilFromSeconds(seconds);
+  char text[64];
+  std::snprintf(text, sizeof text, "%04lld-%02lld-%02lld %02lld:%02lld:%02lld", static_cast<long long>(t.year),
+                static_cast<long long>(t.month), static_cast<long long>(t.day), static_cast<long long>(t.hour),
+                static_cast<long long>(t.minute), static_cast<long long>(t.second));
+  return text;
 }
 
 }  // namespace vantr

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace vantr {
 
@@ -30,6 +31,9 @@ int64_t secondsFromCivil(const CivilTime& t);
 
 // The normalised civil time of seconds since 1970.
 CivilTime civilFromSeconds(int64_t seconds);
+
+// "YYYY-MM-DD HH:MM:SS" of seconds since 1970, for logs and listings.
+std::string formatCivilStamp(int64_t seconds);
 
 // Day of the week of a day count: 0 Sunday ... 6 Saturday.
 int weekdayFromDays(int64_t days);

@@ -18,7 +18,10 @@
 #include "audio/audio_test_support.h"
 #include "audio/data/pcm_file_source.h"
 #include "audio/data/wav_header.h"
+#include "base/civil.h"
+#include "base/clock.h"
 #include "resource.h"
+#include "schedule/schedule_time.h"
 #include "test_support/run_command.h"
 #include "vantr_process.h"
 
@@ -28,20 +31,7 @@ namespace {
 constexpr UINT kQuit = 1044;
 
 // "DD/MM/YY-HH:MM:SS" of the local clock `seconds` from now, as schedule files store dates.
-std::string storedDateIn(int seconds) {
-  SYSTEMTIME st;
-  GetLocalTime(&st);
-  FILETIME ft;
-  SystemTimeToFileTime(&st, &ft);
-  ULARGE_INTEGER t{{ft.dwLowDateTime, ft.dwHighDateTime}};
-  t.QuadPart += static_cast<ULONGLONG>(seconds) * 10000000ULL;
-  ft = FILETIME{t.LowPart, t.HighPart};
-  FileTimeToSystemTime(&ft, &st);
-  char text[32];
-  wsprintfA(text, "%02d/%02d/%02d-%02d:%02d:%02d", st.wDay, st.wMonth, st.wYear % 100, st.wHour, st.wMinute,
-            st.wSecond);
-  return text;
-}
+std::string storedDateIn(int seconds) { return FormatStoredDateTime(toScheduleTime(systemClock().now() + seconds)); }
 
 // Index of the test bed's device (output "Vantorel_Out_X", or its monitor as
 // input) among the program's wave devices, which it numbers the same way.
@@ -483,9 +473,8 @@ TEST_F(Main, AsRunMatchesTheAgenda) {
   ASSERT_GT(predicted.size(), static_cast<size_t>(span / 7));
   for (size_t i = 0; i < predicted.size(); ++i) {
     EXPECT_EQ(started[i].second, predicted[i].second) << "start " << i << " at " << predicted[i].first;
-    const std::string ranAt = formatAsRunLine(AsRunEntry{started[i].first * 1000, "", "", "", "", ""}).substr(0, 19);
-    const std::string nextSecond =
-        formatAsRunLine(AsRunEntry{(started[i].first - 1) * 1000, "", "", "", "", ""}).substr(0, 19);
+    const std::string ranAt = formatCivilStamp(started[i].first);
+    const std::string nextSecond = formatCivilStamp(started[i].first - 1);
     EXPECT_TRUE(ranAt == predicted[i].first || nextSecond == predicted[i].first)
         << "start " << i << " due " << predicted[i].first << " ran at " << ranAt;
   }

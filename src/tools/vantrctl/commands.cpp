@@ -1,7 +1,5 @@
 #include "tools/vantrctl/commands.h"
 
-#include <cstdio>
-
 #include "base/civil.h"
 #include "schedule/schedule_time.h"
 
@@ -26,15 +24,6 @@ bool parseMoment(const std::string& option, const std::string& text, int64_t& se
   }
   seconds = value;
   return true;
-}
-
-std::string stamp(int64_t seconds) {
-  const CivilTime t = civilFromSeconds(seconds);
-  char text[64];
-  std::snprintf(text, sizeof text, "%04lld-%02lld-%02lld %02lld:%02lld:%02lld", static_cast<long long>(t.year),
-                static_cast<long long>(t.month), static_cast<long long>(t.day), static_cast<long long>(t.hour),
-                static_cast<long long>(t.minute), static_cast<long long>(t.second));
-  return text;
 }
 
 }  // namespace vantr::ctl

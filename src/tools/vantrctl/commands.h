@@ -32,7 +32,5 @@ int usageError(std::ostream& err, const std::string& message);
 // An absolute moment in the stored form (05/03/04-14:07:09) as seconds; false
 // with a message naming the option for anything else.
 bool parseMoment(const std::string& option, const std::string& text, int64_t& seconds, std::string& error);
-// "YYYY-MM-DD HH:MM:SS".
-std::string stamp(int64_t seconds);
 
 }  // namespace vantr::ctl

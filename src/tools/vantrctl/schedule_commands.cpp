@@ -55,14 +55,14 @@ class AgendaPrinter : public AgendaOutput {
   explicit AgendaPrinter(std::ostream& out) : m_out(out) {}
 
   void play(int64_t second, const std::string& fileName, int channel) override {
-    m_out << stamp(second) << " play " << fileName << " chan=" << channelText(channel) << '\n';
+    m_out << formatCivilStamp(second) << " play " << fileName << " chan=" << channelText(channel) << '\n';
   }
   void record(int64_t second, const std::string& fileName, int channel, int32_t duration) override {
-    m_out << stamp(second) << " record " << fileName << " chan=" << channelText(channel)
+    m_out << formatCivilStamp(second) << " record " << fileName << " chan=" << channelText(channel)
           << " duration=" << formatPosition(duration, PositionFormat::Tenths).substr(1) << '\n';
   }
   void deleteFile(int64_t second, const std::string& fileName) override {
-    m_out << stamp(second) << " delete " << fileName << '\n';
+    m_out << formatCivilStamp(second) << " delete " << fileName << '\n';
   }
 
  private:
