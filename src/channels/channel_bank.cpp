@@ -100,16 +100,21 @@ void ChannelBank::StartRecord(std::string_view name, int channel, int32_t durati
     log(AsRunAction::RecordStart, channel, name, cause, "already recording");
     return;
   }
+  if (!isSafeName(name)) {
+    log(AsRunAction::RecordStart, channel, name, cause, "failed: not a file name");
+    changed();
+    return;
+  }
   const std::string schedule = scheduleFilePath(m_folders.schedulesFolder, name);
   const std::string path = audioFilePath(m_folders.recordingsFolder, name);
   // The format: the program's defaults, or the file's own.
-  const bool useDefaults = schedule.empty() || readBool(schedule, "file", "defaultformat", true);
+  const bool useDefaults = readBool(schedule, "file", "defaultformat", true);
   const std::string& formatFile = useDefaults ? m_folders.settingsFile : schedule;
   const std::string formatSection = useDefaults ? "settings" : "file";
   int32_t rate = readInt(formatFile, formatSection, "samplerate", 44100);
   if (rate < 6000 || rate > 96000) rate = 44100;
   const uint8_t channels = readBool(formatFile, formatSection, "stereo", true) ? 2 : 1;
-  const int8_t trim = schedule.empty() || readBool(schedule, "file", "autotrim", true)
+  const int8_t trim = readBool(schedule, "file", "autotrim", true)
                           ? readLevel(m_folders.settingsFile, "settings", "autotrim", -21)
                           : kNoLevel;
 
@@ -117,31 +122,18 @@ void ChannelBank::StartRecord(std::string_view name, int channel, int32_t durati
   // While the file plays, or someone else holds it, the recording goes to
   // TEMP_<name>.wav and is moved into place once it is free.
   ch.temporary = isPlaying(name) || inUse(path);
-  const std::string target = path.empty()
-                                 ? std::string()
-                                 : (ch.temporary ? namedFilePath(m_folders.recordingsFolder,
-                                                                 kTemporaryPrefix + std::string(name), kAudioExtension)
-                                                 : path);
-  bool started = false;
-  if (!target.empty()) {
-    LSoundSink sink = createPcmSink(target, static_cast<uint32_t>(rate), channels, 16, 0);
-    started = m_recorders[channel]->Start(sink, duration, trim, kRecordSilenceLimit);
-    if (!started && sink && sink->failed())
-      log(AsRunAction::RecordStart, channel, name, cause, "failed: the file cannot be written");
-    else if (!started)
-      log(AsRunAction::RecordStart, channel, name, cause, "failed: device refused");
-  } else {
-    log(AsRunAction::RecordStart, channel, name, cause, "failed: not a file name");
-  }
-  if (target.empty()) {
-    ch.temporary = false;
-    changed();
-    return;
-  }
+  LSoundSink sink =
+      createPcmSink(ch.temporary ? temporaryPath(name) : path, static_cast<uint32_t>(rate), channels, 16, 0);
+  const bool started = m_recorders[channel]->Start(sink, duration, trim, kRecordSilenceLimit);
   // A channel whose device refused still shows the name until it is stopped.
   ch.name = clippedName(name);
   ch.cause = std::string(cause);
-  if (started) log(AsRunAction::RecordStart, channel, name, cause, ch.temporary ? "done (TEMP_)" : "done");
+  if (started)
+    log(AsRunAction::RecordStart, channel, name, cause, ch.temporary ? "done (TEMP_)" : "done");
+  else if (sink && sink->failed())
+    log(AsRunAction::RecordStart, channel, name, cause, "failed: the file cannot be written");
+  else
+    log(AsRunAction::RecordStart, channel, name, cause, "failed: device refused");
   changed();
 }
 
@@ -204,6 +196,10 @@ void ChannelBank::stopEveryUserOf(const std::string& fileName) {
   }
 }
 
+std::string ChannelBank::temporaryPath(std::string_view name) const {
+  return namedFilePath(m_folders.recordingsFolder, kTemporaryPrefix + std::string(name), kAudioExtension);
+}
+
 bool ChannelBank::isPlaying(std::string_view name) const {
   for (const Channel& ch : m_play)
     if (!ch.name.empty() && equalsNoCase(ch.name, name)) return true;
@@ -240,8 +236,7 @@ std::string ChannelBank::playStatus() const {
 
 void ChannelBank::movePendingRecording() {
   if (m_pending.empty() || isPlaying(m_pending)) return;
-  const std::string temporary =
-      namedFilePath(m_folders.recordingsFolder, kTemporaryPrefix + m_pending, kAudioExtension);
+  const std::string temporary = temporaryPath(m_pending);
   const std::string final = audioFilePath(m_folders.recordingsFolder, m_pending);
   if (inUse(temporary)) return;
   // The final file goes even when there is no TEMP_ file, as it always has.

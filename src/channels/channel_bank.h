@@ -114,6 +114,8 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
 
   void log(AsRunAction action, int channel, std::string_view name, std::string_view cause, std::string_view result);
   void changed();
+  // TEMP_<name>.wav in the recordings folder, where a recording goes while its file is busy.
+  std::string temporaryPath(std::string_view name) const;
 
   const ChannelFolders m_folders;
   std::array<LSoundPlayer*, kChannels> m_players;
