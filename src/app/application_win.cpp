@@ -4,7 +4,10 @@
 #include <ctime>
 
 #include "app/main_frame_win.h"
+#include "automation/automation_reader.h"
+#include "automation/serial_port_win.h"
 #include "base/app_paths.h"
+#include "base/clock.h"
 #include "ui/db_controls_win.h"
 #include "ui/main_dialog_win.h"
 
@@ -20,8 +23,20 @@ int runMainApplication(HINSTANCE instance, RunMode mode) {
   registerDbControls(instance);
   if (!MainFrame::registerClass(instance)) return 1;
 
+  // One serial reader for the whole run, started now: it reads the
+  // automation mode itself and ends at once unless the line is in use. It
+  // outlives the window, which is its target while it exists, and stops
+  // (within one read cycle) when the run ends.
+  // Its pause between empty reads is the system's Sleep: the C++ library's
+  // sleep waits on an event of its thread, which under Wine costs a round
+  // trip to the server at every pause.
+  WindowsSerialPort serialPort;
+  AutomationReader automation(appPaths().settingsFile, serialPort, systemClock(),
+                              [](int milliseconds) { Sleep(static_cast<DWORD>(milliseconds)); });
+  automation.start();
+
   // The dialog outlives the frame: the frame's destruction closes it.
-  MainDialog dialog(instance, appPaths());
+  MainDialog dialog(instance, appPaths(), &automation);
   MainFrame frame(instance, mode, dialog);
   if (!frame.create()) return 1;
 
