@@ -68,6 +68,11 @@ bool readWholeFile(const std::string& path, std::string& contents);
 // truncated one.
 bool replaceFileContents(const std::string& path, const std::string& contents);
 
+// Copies a file of any size over to: the copy is made in a temporary file
+// beside to and renamed over it once whole, so to is never left half
+// written. False (and to untouched) when from cannot be read or the copy fails.
+bool copyFileReplacing(const std::string& from, const std::string& to);
+
 bool fileExists(const std::string& path);
 bool removeFile(const std::string& path);
 bool makeDirectory(const std::string& path);

@@ -52,4 +52,32 @@ bool replaceFileContents(const std::string& path, const std::string& contents) {
   return true;
 }
 
+bool copyFileReplacing(const std::string& from, const std::string& to) {
+  File source(from, FileMode::Read);
+  if (!source.isOpen()) return false;
+  const std::string temp = temporaryNameBeside(to);
+  const int64_t size = source.size();
+  bool copied = size >= 0;
+  {
+    File target(temp, FileMode::CreateNew);
+    if (!target.isOpen()) return false;
+    char buffer[65536];
+    int64_t total = 0;
+    while (copied) {
+      const size_t n = source.read(buffer, sizeof buffer);
+      if (n == 0) break;
+      copied = target.write(buffer, n);
+      total += static_cast<int64_t>(n);
+    }
+    // A read that failed part way ends the loop early: never a short copy.
+    copied = copied && total >= size && target.sync();
+  }
+  if (!copied || !renameReplacing(temp, to)) {
+    removeFile(temp);
+    return false;
+  }
+  syncFolderOf(to);
+  return true;
+}
+
 }  // namespace vantr

@@ -5,6 +5,7 @@
 #include "base/file.h"
 #include "base/process.h"
 #include "base/text.h"
+#include "channels/device_choice.h"
 #include "schedule/named_file.h"
 #include "store/settings.h"
 
@@ -42,6 +43,7 @@ ChannelBank::ChannelBank(const ChannelFolders& folders, std::array<LSoundPlayer*
 
 ChannelBank::~ChannelBank() {
   m_observer = nullptr;
+  m_playListener = nullptr;
   stopAll();
   for (int c = 0; c < kChannels; ++c) {
     m_players[c]->setNotify(nullptr, 0);
@@ -49,9 +51,16 @@ ChannelBank::~ChannelBank() {
   }
 }
 
-void ChannelBank::readDefaultChannels() {
-  m_defaultPlay = readInt(m_folders.settingsFile, "settings", "playdevice", 0);
-  m_defaultRecord = readInt(m_folders.settingsFile, "settings", "recorddevice", 0);
+void ChannelBank::readDefaultChannels(const std::vector<std::string>& outputs, const std::vector<std::string>& inputs) {
+  const IniDocument settings = loadSettingsDocument(m_folders.settingsFile);
+  const auto choose = [&](const char* key, const std::vector<std::string>& names) {
+    const DeviceChoice choice = chooseDevice(readInt(settings, "settings", key, 0),
+                                             readText(settings, "settings", std::string(key) + "name", ""), names);
+    if (!choice.note.empty()) log(AsRunAction::Device, -1, key, "settings", choice.note);
+    return choice.device;
+  };
+  m_defaultPlay = choose("playdevice", outputs);
+  m_defaultRecord = choose("recorddevice", inputs);
 }
 
 void ChannelBank::log(AsRunAction action, int channel, std::string_view name, std::string_view cause,
@@ -77,6 +86,7 @@ void ChannelBank::PlayFile(std::string_view name, int channel, std::string_view 
   if (m_players[channel]->Open(source, false)) {
     m_play[channel].name = clippedName(name);
     m_play[channel].cause = std::string(cause);
+    m_play[channel].rate = source->sampleRate();
     log(AsRunAction::PlayStart, channel, name, cause, "done");
   } else if (path.empty()) {
     log(AsRunAction::PlayStart, channel, name, cause, "failed: not a file name");
@@ -137,14 +147,40 @@ void ChannelBank::StartRecord(std::string_view name, int channel, int32_t durati
   changed();
 }
 
-void ChannelBank::stopped(uint32_t channel) {
-  if (channel >= kChannels) return;
+void ChannelBank::endPlay(int channel) {
   Channel& ch = m_play[channel];
   if (ch.name.empty()) return;
-  log(AsRunAction::PlayEnd, static_cast<int>(channel), ch.name, ch.cause, "done");
+  log(AsRunAction::PlayEnd, channel, ch.name, ch.cause, "done");
   ch.name.clear();
   ch.cause.clear();
+  ch.rate = 0;
   changed();
+}
+
+void ChannelBank::releaseClosedPlay(int channel) {
+  if (validChannel(channel) && !m_players[channel]->isOpen()) endPlay(channel);
+}
+
+void ChannelBank::playing(uint32_t channel) {
+  if (m_playListener) m_playListener->playing(channel);
+}
+
+void ChannelBank::stopped(uint32_t channel) {
+  if (channel >= kChannels) return;
+  endPlay(static_cast<int>(channel));
+  if (m_playListener) m_playListener->stopped(channel);
+}
+
+void ChannelBank::cueStarted(uint32_t channel) {
+  if (m_playListener) m_playListener->cueStarted(channel);
+}
+
+void ChannelBank::paused(uint32_t channel) {
+  if (m_playListener) m_playListener->paused(channel);
+}
+
+void ChannelBank::position(int32_t time, uint32_t channel) {
+  if (m_playListener) m_playListener->position(time, channel);
 }
 
 void ChannelBank::recordingStopped(uint32_t channel) {
@@ -161,6 +197,7 @@ void ChannelBank::recordingStopped(uint32_t channel) {
 
 void ChannelBank::levels(const LevelList& levels, uint32_t channel) {
   if (m_observer && static_cast<int>(channel) == m_defaultPlay) m_observer->playLevels(levels);
+  if (m_playListener) m_playListener->levels(levels, channel);
 }
 
 void ChannelBank::recordLevels(const LevelList& levels, uint32_t channel) {

@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "asrun/as_run_log.h"
 #include "audio/play/sound_player.h"
@@ -55,9 +56,16 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
 
   void setObserver(ChannelObserver* observer) { m_observer = observer; }
   void setLog(AsRunLog* log) { m_log = log; }
-  // Reads "playdevice" and "recorddevice" again (at start and after the
-  // hardware settings change).
-  void readDefaultChannels();
+  // One more hearer of the play channels' notifications (the play control
+  // window while it is open): it hears each one after the bank has handled
+  // it, with the channel as user. Null to stop.
+  void setPlayListener(LSoundPlayerNotify* listener) { m_playListener = listener; }
+  // Reads "playdevice" and "recorddevice" again (at start, after the
+  // hardware settings change and before each scheduled start). Given the
+  // system's devices by name, each number is checked against the name stored
+  // beside it ("playdevicename", "recorddevicename"); a device found at
+  // another number is taken there, with a line in the as-run log.
+  void readDefaultChannels(const std::vector<std::string>& outputs = {}, const std::vector<std::string>& inputs = {});
   int defaultPlayChannel() const { return m_defaultPlay; }
   int defaultRecordChannel() const { return m_defaultRecord; }
 
@@ -77,6 +85,14 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
   void stopEveryUserOf(const std::string& fileName) override;
 
   const std::string& playName(int channel) const { return m_play[channel].name; }
+  // The player of play channel 0..3, for the play control window's commands.
+  LSoundPlayer& player(int channel) { return *m_players[channel]; }
+  const LSoundPlayer& player(int channel) const { return *m_players[channel]; }
+  // The sample rate of the file the channel plays; 0 when it plays nothing.
+  int32_t playRate(int channel) const { return m_play[channel].rate; }
+  // A play channel whose player has closed lets go of its file name, with
+  // the end in the as-run log, as the player's own end would have done.
+  void releaseClosedPlay(int channel);
   const std::string& recordName(int channel) const { return m_record[channel].name; }
   bool isPlaying(std::string_view name) const;
   bool isRecording(std::string_view name) const;
@@ -96,14 +112,16 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
     std::string name;
     std::string cause;
     bool temporary = false;
+    int32_t rate = 0;  // play channels: the sample rate of the file
   };
 
-  // LSoundPlayerNotify (cookie: the channel)
-  void playing(uint32_t) override {}
+  // LSoundPlayerNotify (cookie: the channel); each is passed on to the
+  // play listener once handled.
+  void playing(uint32_t channel) override;
   void stopped(uint32_t channel) override;
-  void cueStarted(uint32_t) override {}
-  void paused(uint32_t) override {}
-  void position(int32_t, uint32_t) override {}
+  void cueStarted(uint32_t channel) override;
+  void paused(uint32_t channel) override;
+  void position(int32_t time, uint32_t channel) override;
   void levels(const LevelList& levels, uint32_t channel) override;
   // RecorderListener
   void recordingStarted(uint32_t) override {}
@@ -114,6 +132,8 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
 
   void log(AsRunAction action, int channel, std::string_view name, std::string_view cause, std::string_view result);
   void changed();
+  // The end of a play channel's file: logged, the name let go.
+  void endPlay(int channel);
   // TEMP_<name>.wav in the recordings folder, where a recording goes while its file is busy.
   std::string temporaryPath(std::string_view name) const;
 
@@ -124,6 +144,7 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
   std::string m_pending;
   int m_defaultPlay = 0, m_defaultRecord = 0;
   ChannelObserver* m_observer = nullptr;
+  LSoundPlayerNotify* m_playListener = nullptr;
   AsRunLog* m_log = nullptr;
 };
 

@@ -3,6 +3,7 @@
 #include "base/dir.h"
 #include "base/file.h"
 #include "base/path.h"
+#include "base/process.h"
 #include "base/text.h"
 
 namespace vantr {
@@ -45,5 +46,49 @@ std::string namedFilePath(const std::string& folder, std::string_view name, std:
   if (!listFolder(folder, extension, listed)) return exact;
   return namedFilePath(folder, listed, name, extension);
 }
+
+void removeEverySpelling(const std::string& folder, std::string_view name, std::string_view extension) {
+  while (removeFile(namedFilePath(folder, name, extension))) {
+  }
+}
+
+bool isLibraryName(std::string_view name) { return name.size() <= kMaxLibraryName && isSafeName(name); }
+
+bool nameUsed(const std::vector<std::string>& names, std::string_view name) {
+  for (const std::string& used : names)
+    if (equalsNoCase(used, name)) return true;
+  return false;
+}
+
+namespace {
+
+void renameOne(const std::string& folder, const std::string& oldName, const std::string& newName,
+               std::string_view extension) {
+  const std::string from = namedFilePath(folder, oldName, extension);
+  if (from.empty() || !fileExists(from)) return;
+  const std::string to = joinPath(folder, newName + std::string(extension));
+  if (equalsNoCase(oldName, newName)) {
+    // Only the case changes: where case does not tell names apart the file of
+    // the new name is this very file, which must not be deleted first, and a
+    // move onto itself may keep the old spelling; so it moves by way of a
+    // temporary name.
+    const std::string step = temporaryNameBeside(from);
+    if (renameReplacing(from, step) && !renameReplacing(step, to)) renameReplacing(step, from);
+    return;
+  }
+  removeEverySpelling(folder, newName, extension);
+  renameReplacing(from, to);
+}
+
+}  // namespace
+
+void renameNamedFile(const std::string& schedulesFolder, const std::string& recordingsFolder,
+                     const std::string& oldName, const std::string& newName) {
+  if (!isLibraryName(newName) || oldName == newName) return;
+  renameOne(schedulesFolder, oldName, newName, kScheduleExtension);
+  renameOne(recordingsFolder, oldName, newName, kAudioExtension);
+}
+
+std::string nameOfChosenFile(std::string_view path) { return splitPath(path).name; }
 
 }  // namespace vantr

@@ -38,11 +38,37 @@ std::string namedFilePath(const std::string& folder, std::string_view name, std:
 std::string namedFilePath(const std::string& folder, const std::vector<std::string>& listed, std::string_view name,
                           std::string_view extension);
 
+// Where case tells names apart, "News.qsf" and "News.QSF" both list as News;
+// every spelling goes, so that the name leaves the list.
+void removeEverySpelling(const std::string& folder, std::string_view name, std::string_view extension);
+
 inline std::string scheduleFilePath(const std::string& schedulesFolder, std::string_view name) {
   return namedFilePath(schedulesFolder, name, kScheduleExtension);
 }
 inline std::string audioFilePath(const std::string& recordingsFolder, std::string_view name) {
   return namedFilePath(recordingsFolder, name, kAudioExtension);
 }
+
+// A name the library takes for a new or renamed file: a safe name the
+// scheduler keeps whole (it keeps at most 47 characters of a name, and a
+// longer one would have its items act on another name).
+constexpr size_t kMaxLibraryName = 47;
+bool isLibraryName(std::string_view name);
+
+// Whether name is one of names, without regard to case.
+bool nameUsed(const std::vector<std::string>& names, std::string_view name);
+
+// Renames both files of a named file, the schedule file and then the audio:
+// any file of the new name goes first, then the old file moves to the new
+// name as typed. A new name that differs only in case renames the files in
+// place. Nothing happens for a new name the library does not take; failures
+// are left to show in the rebuilt lists. The caller stops the file's players
+// and recorders first.
+void renameNamedFile(const std::string& schedulesFolder, const std::string& recordingsFolder,
+                     const std::string& oldName, const std::string& newName);
+
+// The name a chosen audio file brings into the library: its file name without
+// folder and extension.
+std::string nameOfChosenFile(std::string_view path);
 
 }  // namespace vantr

@@ -50,13 +50,6 @@ void clearFreeSlots(ScheduleTable& table) {
   std::fill(table.entries.begin() + static_cast<std::ptrdiff_t>(table.count), table.entries.end(), ScheduleEntry{});
 }
 
-// Where case tells names apart, "News.qsf" and "News.QSF" both list as News;
-// every spelling goes, so that the name leaves the list.
-void removeEverySpelling(const std::string& folder, const std::string& name, const char* extension) {
-  while (removeFile(namedFilePath(folder, name, extension))) {
-  }
-}
-
 // The named files' names from the file names of the schedules folder.
 std::vector<std::string> namesOf(const std::vector<std::string>& listed) {
   std::vector<std::string> names;

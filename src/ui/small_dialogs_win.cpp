@@ -8,15 +8,38 @@
 
 namespace vantr {
 
-namespace {
-
-constexpr int kMaxPassword = 255;
-
 std::string itemText(HWND dialog, int id, int limit) {
   std::string text(static_cast<size_t>(limit) + 1, '\0');
   text.resize(static_cast<size_t>(GetDlgItemTextA(dialog, id, text.data(), limit + 1)));
   return text;
 }
+
+void fillComboBox(HWND dialog, int id, const std::vector<std::string>& texts, int selected) {
+  HWND list = GetDlgItem(dialog, id);
+  SendMessageA(list, WM_SETREDRAW, FALSE, 0);
+  for (const std::string& text : texts) SendMessageA(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text.c_str()));
+  SendMessageA(list, WM_SETREDRAW, TRUE, 0);
+  SendMessageA(list, CB_SETCURSEL, static_cast<WPARAM>(selected), 0);
+}
+
+int comboSelection(HWND dialog, int id) {
+  return static_cast<int>(SendDlgItemMessageA(dialog, id, CB_GETCURSEL, 0, 0));
+}
+
+std::string comboText(HWND dialog, int id) {
+  const int index = comboSelection(dialog, id);
+  if (index < 0) return {};
+  const LRESULT length = SendDlgItemMessageA(dialog, id, CB_GETLBTEXTLEN, index, 0);
+  if (length <= 0) return {};
+  std::string text(static_cast<size_t>(length) + 1, '\0');
+  SendDlgItemMessageA(dialog, id, CB_GETLBTEXT, index, reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<size_t>(length));
+  return text;
+}
+
+namespace {
+
+constexpr int kMaxPassword = 255;
 
 class TextEditDialog : public Dialog<TextEditDialog> {
  public:

@@ -11,6 +11,15 @@
 
 namespace vantr {
 
+// The text of a dialog's control, at most limit characters of it.
+std::string itemText(HWND dialog, int id, int limit);
+// A drop-down list of a dialog: filled with texts and the entry selected (an
+// index outside the list selects none); the selected entry's index (-1 for
+// none) and text ("" for none).
+void fillComboBox(HWND dialog, int id, const std::vector<std::string>& texts, int selected);
+int comboSelection(HWND dialog, int id);
+std::string comboText(HWND dialog, int id);
+
 // LTextEditDlg: one edit box (100) preset with text, OK and Cancel. True and
 // the edited text on OK.
 bool LTextEditDlg(HWND owner, HINSTANCE instance, const std::string& title, std::string& text);

@@ -94,6 +94,41 @@ class Dialog : public WindowObject {
   }
 };
 
+// A modal dialog that edits settings: open() fills its controls, OK calls
+// save() and closes, Cancel closes, any other command goes to command(id),
+// and closing() runs as the window goes, however it was closed.
+template <class Derived>
+class FormDialog : public Dialog<Derived> {
+ public:
+  bool runForm(HWND owner, HINSTANCE instance, int resource) {
+    return DialogBoxParamA(instance, MAKEINTRESOURCEA(resource), owner, &Dialog<Derived>::StaticProc,
+                           reinterpret_cast<LPARAM>(static_cast<Derived*>(this))) == IDOK;
+  }
+  INT_PTR HandleMessage(UINT msg, WPARAM wParam, LPARAM) {
+    Derived& self = static_cast<Derived&>(*this);
+    switch (msg) {
+      case WM_INITDIALOG: self.open(); return TRUE;
+      case WM_DESTROY: self.closing(); return TRUE;
+      case WM_COMMAND: break;
+      default: return FALSE;
+    }
+    const int id = LOWORD(wParam);
+    if (id == IDOK) {
+      self.save();
+      EndDialog(this->m_hwnd, IDOK);
+    } else if (id == IDCANCEL) {
+      EndDialog(this->m_hwnd, IDCANCEL);
+    } else {
+      self.command(id);
+    }
+    return TRUE;
+  }
+
+ protected:
+  void command(int) {}
+  void closing() {}
+};
+
 // A custom control that dialog templates create by class name: its object is
 // made at WM_NCCREATE and deleted at WM_NCDESTROY, and lives in the first
 // bytes of the window's extra data (GWLP_USERDATA stays free for whoever uses

@@ -9,34 +9,18 @@
 #include <string>
 #include <vector>
 
-#include "audio/data/pcm_file_sink.h"
-#include "audio/fake_devices.h"
 #include "base/file.h"
 #include "base/path.h"
+#include "channels/bank_on_fakes.h"
 #include "store/settings.h"
 #include "test_support/temp_dir.h"
 
 namespace vantr {
 namespace {
 
-class Bank : public ::testing::Test, public ChannelObserver {
+class Bank : public ::testing::Test, public BankOnFakes, public ChannelObserver {
  protected:
-  Bank() {
-    makeDirectory(folders.recordingsFolder);
-    makeDirectory(folders.schedulesFolder);
-    for (int c = 0; c < kChannels; ++c) {
-      players[c] = std::make_unique<LSoundPlayer>(
-          playDevices[c], [] {}, LSoundPlayer::Threading::Manual);
-      recorders[c] = std::make_unique<LSoundRecorder>(captureDevices[c]);
-    }
-    bank = std::make_unique<ChannelBank>(
-        folders,
-        std::array<LSoundPlayer*, kChannels>{players[0].get(), players[1].get(), players[2].get(), players[3].get()},
-        std::array<LSoundRecorder*, kChannels>{recorders[0].get(), recorders[1].get(), recorders[2].get(),
-                                               recorders[3].get()});
-    bank->setObserver(this);
-    bank->setLog(&log);
-  }
+  Bank() { bank->setObserver(this); }
 
   void channelsChanged() override { ++changes; }
   void playLevels(const LevelList&) override {}
@@ -44,33 +28,14 @@ class Bank : public ::testing::Test, public ChannelObserver {
 
   // A named file: its schedule file and a short 16-bit stereo recording.
   void makeFile(const std::string& name, bool withAudio = true) {
-    writeText(joinPath(folders.schedulesFolder, name + ".qsf"), "file", "defaultformat", "true");
-    if (!withAudio) return;
-    LSoundSink sink = createPcmSink(joinPath(folders.recordingsFolder, name + ".wav"), 44100, 2, 16, 0);
-    std::vector<int32_t> frames(2 * 4410, 1600);
-    sink->write(frames.data(), 4410);
+    writeText(scheduleFile(name), "file", "defaultformat", "true");
+    if (withAudio) writeAudio(name, 1);
   }
   std::string settings() const { return folders.settingsFile; }
 
   // "channel action file result" of every as-run line so far.
-  std::vector<std::string> asRun() {
-    log.flush();
-    std::vector<AsRunEntry> entries;
-    readAsRun(dir.file("Logs"), 0, INT64_MAX, entries);
-    std::vector<std::string> lines;
-    for (const AsRunEntry& e : entries) lines.push_back(e.channel + "|" + e.action + "|" + e.file + "|" + e.result);
-    return lines;
-  }
+  std::vector<std::string> asRun() { return asRunLines(false, true); }
 
-  TempDir dir;
-  ChannelFolders folders{dir.file("settings.ini"), dir.file("Recordings") + "/", dir.file("Schedules") + "/"};
-  ManualClock clock{0};
-  AsRunLog log{dir.file("Logs"), clock};
-  FakePlaybackDevice playDevices[kChannels];
-  FakeCaptureDevice captureDevices[kChannels];
-  std::unique_ptr<LSoundPlayer> players[kChannels];
-  std::unique_ptr<LSoundRecorder> recorders[kChannels];
-  std::unique_ptr<ChannelBank> bank;
   int changes = 0;
 };
 
@@ -198,6 +163,26 @@ TEST_F(Bank, NamesOutsideTheFoldersStartNothing) {
   for (const std::string& line : lines) EXPECT_NE(line.find("|failed: not a file name"), std::string::npos) << line;
   EXPECT_EQ(dir.entries(), (std::vector<std::string>{"Logs", "Recordings", "Schedules"}));
   EXPECT_TRUE(TempDir::isEmpty(folders.recordingsFolder));
+}
+
+}  // namespace
+}  // namespace vantr
+
+namespace vantr {
+namespace {
+
+TEST_F(Bank, DefaultDevicesFollowTheirStoredNames) {
+  writeInt(settings(), "settings", "playdevice", 0);
+  writeText(settings(), "settings", "playdevicename", "USB Out");
+  writeInt(settings(), "settings", "recorddevice", 2);
+  writeText(settings(), "settings", "recorddevicename", "Line In");
+  bank->readDefaultChannels({"Speakers", "USB Out"}, {"Mic", "Line In", "Line In"});
+  EXPECT_EQ(bank->defaultPlayChannel(), 1);
+  EXPECT_EQ(bank->defaultRecordChannel(), 2) << "the stored number still has the name";
+  EXPECT_EQ(asRun(), std::vector<std::string>{"-|device|playdevice|device \"USB Out\" moved from 0 to 1"});
+  // Without the device lists (or names) the numbers stand as stored.
+  bank->readDefaultChannels();
+  EXPECT_EQ(bank->defaultPlayChannel(), 0);
 }
 
 }  // namespace

@@ -20,10 +20,10 @@
 #include "audio/data/wav_header.h"
 #include "base/civil.h"
 #include "base/clock.h"
+#include "program_test.h"
 #include "resource.h"
 #include "schedule/schedule_time.h"
 #include "test_support/run_command.h"
-#include "vantr_process.h"
 
 namespace vantr::e2e {
 namespace {
@@ -64,63 +64,7 @@ std::vector<Loop> loops() {
   return found;
 }
 
-class Library {
- public:
-  explicit Library(const ProgramFolder& folder) : m_folder(folder) {
-    CreateDirectoryA(folder.file("Schedules").c_str(), nullptr);
-    CreateDirectoryA(folder.file("Recordings").c_str(), nullptr);
-  }
-  // A schedule file with the given sections (text after "[file]").
-  void schedule(const std::string& name, const std::string& items) const {
-    std::ofstream(m_folder.file("Schedules\\" + name + ".qsf")) << "[file]\nautotrim=false\n" << items;
-  }
-  // seconds of a 1000 Hz tone at -6 dB, 16-bit stereo at 44100 Hz.
-  void tone(const std::string& name, int seconds) const {
-    writeTone(m_folder.file("Recordings\\" + name + ".wav"), seconds);
-  }
-  bool has(const std::string& relative) const {
-    return GetFileAttributesA(m_folder.file(relative).c_str()) != INVALID_FILE_ATTRIBUTES;
-  }
-  std::string asRun() const {
-    std::string all;
-    WIN32_FIND_DATAA data;
-    HANDLE find = FindFirstFileA(m_folder.file("Logs\\asrun-*.log").c_str(), &data);
-    if (find == INVALID_HANDLE_VALUE) return all;
-    do {
-      std::ifstream in(m_folder.file(std::string("Logs\\") + data.cFileName));
-      all.append(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    } while (FindNextFileA(find, &data));
-    FindClose(find);
-    return all;
-  }
-
- private:
-  const ProgramFolder& m_folder;
-};
-
-class Main : public ::testing::Test {
- protected:
-  void SetUp() override { endRunningCopies(); }
-  void TearDown() override { endRunningCopies(); }
-
-  // Starts vantr.exe and waits until its work window is up and has run its
-  // first scheduler tick (the clock shows), so its lists are filled.
-  MainWindow start() {
-    m_process = m_folder.start({});
-    HWND frame = nullptr;
-    waitFor(
-        [&] {
-          frame = findFrame();
-          return frame && MainWindow(frame).dialog() && !MainWindow(frame).text(IDC_CLOCK).empty();
-        },
-        30000);
-    return MainWindow(frame);
-  }
-
-  ProgramFolder m_folder;
-  Library m_library{m_folder};
-  std::unique_ptr<ChildProcess> m_process;
-};
+class Main : public ProgramTest {};
 
 TEST_F(Main, ScheduledItemsPlayRecordAndDeleteOnTheDevices) {
   const std::vector<Loop> joined = loops();
@@ -262,6 +206,11 @@ TEST_F(Main, PlayAndRecordCommandsAndTheTempFile) {
   MainWindow window = start();
   ASSERT_EQ(window.lines(IDC_FILES_LIST), std::vector<std::string>{"Show"});
   window.command(IDC_PLAY);
+  // Play opens the play control window; closed, it leaves the file playing.
+  HWND control = nullptr;
+  ASSERT_TRUE(waitFor([&] { return (control = findBox("Vantorel Play Control")) != nullptr; }));
+  PostMessageA(control, WM_COMMAND, IDCANCEL, 0);
+  ASSERT_TRUE(waitFor([&] { return !findBox("Vantorel Play Control"); }));
   ASSERT_TRUE(waitFor([&] { return window.text(IDC_PLAY_STATUS) == "[play] Show"; })) << window.text(IDC_PLAY_STATUS);
   window.command(IDC_RECORD);
   HWND prompt = nullptr;

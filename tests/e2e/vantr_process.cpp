@@ -3,10 +3,13 @@
 #include <cmath>
 
 #include "audio/data/pcm_file_sink.h"
+#include "resource.h"
 #include "win/handles_win.h"
 
 #include <chrono>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <thread>
 
 namespace vantr::e2e {
@@ -59,8 +62,7 @@ void endRunningCopies() {
 MainWindow::MainWindow(HWND frame)
     : m_frame(frame), m_dialog(frame ? FindWindowExA(frame, nullptr, "#32770", nullptr) : nullptr) {}
 
-std::vector<std::string> MainWindow::lines(int listId) const {
-  HWND list = item(listId);
+std::vector<std::string> listLines(HWND list) {
   std::vector<std::string> out;
   const LRESULT count = SendMessageW(list, LB_GETCOUNT, 0, 0);
   for (LRESULT i = 0; i < count; ++i) {
@@ -72,6 +74,8 @@ std::vector<std::string> MainWindow::lines(int listId) const {
   }
   return out;
 }
+
+std::vector<std::string> MainWindow::lines(int listId) const { return listLines(item(listId)); }
 
 std::vector<int> MainWindow::selected(int listId) const {
   std::vector<int> out;
@@ -116,6 +120,36 @@ bool answerBox(const char* title, int button, int ms) {
   if (!waitFor([&] { return (box = findBox(title)) != nullptr; }, ms)) return false;
   PostMessageA(GetDlgItem(box, button), BM_CLICK, 0, 0);
   return waitFor([&] { return findBox(title) != box; }, ms);
+}
+
+Library::Library(const ProgramFolder& folder) : m_folder(folder) {
+  CreateDirectoryA(folder.file("Schedules").c_str(), nullptr);
+  CreateDirectoryA(folder.file("Recordings").c_str(), nullptr);
+}
+
+void Library::schedule(const std::string& name, const std::string& items) const {
+  std::ofstream(m_folder.file("Schedules\\" + name + ".qsf")) << "[file]\nautotrim=false\n" << items;
+}
+
+void Library::tone(const std::string& name, int seconds) const {
+  writeTone(m_folder.file("Recordings\\" + name + ".wav"), seconds);
+}
+
+bool Library::has(const std::string& relative) const {
+  return GetFileAttributesA(m_folder.file(relative).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::string Library::asRun() const {
+  std::string all;
+  WIN32_FIND_DATAA data;
+  HANDLE find = FindFirstFileA(m_folder.file("Logs\\asrun-*.log").c_str(), &data);
+  if (find == INVALID_HANDLE_VALUE) return all;
+  do {
+    std::ifstream in(m_folder.file(std::string("Logs\\") + data.cFileName));
+    all.append(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  } while (FindNextFileA(find, &data));
+  FindClose(find);
+  return all;
 }
 
 }  // namespace vantr::e2e

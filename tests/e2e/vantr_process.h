@@ -36,6 +36,10 @@ class ProgramFolder {
 // Ends every running copy (quit message, then kill), so each test starts clean.
 void endRunningCopies();
 
+// A list box's lines, read as UTF-16 (an ANSI read across processes is
+// broken in Wine 8).
+std::vector<std::string> listLines(HWND list);
+
 // The work window as another process sees it: the dialog inside the frame,
 // its lists and texts, and its commands.
 class MainWindow {
@@ -68,5 +72,22 @@ void writeTone(const std::string& path, int seconds, int amplitude = 16384);
 // Clicks a button of the visible dialog box titled title once it shows;
 // false if it does not show within ms.
 bool answerBox(const char* title, int button, int ms = 10000);
+
+// The program folder's library as the test makes and reads it: schedule
+// files, audio files, the as-run log.
+class Library {
+ public:
+  explicit Library(const ProgramFolder& folder);
+  // A schedule file with the given sections (text after "[file]").
+  void schedule(const std::string& name, const std::string& items) const;
+  // seconds of a 1000 Hz tone at -6 dB, 16-bit stereo at 44100 Hz.
+  void tone(const std::string& name, int seconds) const;
+  bool has(const std::string& relative) const;
+  // Every as-run log's text, oldest first.
+  std::string asRun() const;
+
+ private:
+  const ProgramFolder& m_folder;
+};
 
 }  // namespace vantr::e2e

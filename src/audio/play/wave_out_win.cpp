@@ -1,5 +1,7 @@
 #include "audio/play/wave_out_win.h"
 
+#include <algorithm>
+
 #include "audio/data/pcm16_format_win.h"
 #include "win/messages.h"
 
@@ -129,6 +131,20 @@ std::string inputDeviceName(int device) {
   WAVEINCAPSA caps{};
   if (waveInGetDevCapsA(static_cast<UINT_PTR>(device), &caps, sizeof caps) != MMSYSERR_NOERROR) return {};
   return caps.szPname;
+}
+
+std::vector<std::string> outputDeviceNames() {
+  std::vector<std::string> names;
+  const int count = std::min(static_cast<int>(waveOutGetNumDevs()), kMaxListedDevices);
+  for (int i = 0; i < count; ++i) names.push_back(outputDeviceName(i));
+  return names;
+}
+
+std::vector<std::string> inputDeviceNames() {
+  std::vector<std::string> names;
+  const int count = std::min(static_cast<int>(waveInGetNumDevs()), kMaxListedDevices);
+  for (int i = 0; i < count; ++i) names.push_back(inputDeviceName(i));
+  return names;
 }
 
 }  // namespace vantr

@@ -70,5 +70,10 @@ class LSoundPlayer_Window : public Window<LSoundPlayer_Window> {
 // when the query fails.
 std::string outputDeviceName(int device);
 std::string inputDeviceName(int device);
+// Every output or input device's name in device order, at most the 127 a
+// stored device number can name.
+constexpr int kMaxListedDevices = 127;
+std::vector<std::string> outputDeviceNames();
+std::vector<std::string> inputDeviceNames();
 
 }  // namespace vantr
