@@ -10,7 +10,16 @@
 #define IDM_SCHEDULE_POPUP 3
 
 #define IDD_MAIN 1
+#define IDD_SETTINGS 3
+#define IDD_FILE_PROPERTIES 4
+#define IDD_SCH_PLAY_ONCE 5
+#define IDD_SCH_PLAY_REGULAR 6
+#define IDD_SCH_RECORD_ONCE 7
+#define IDD_SCH_RECORD_REGULAR 8
+#define IDD_SCH_DELETE 9
 #define IDD_STOP 13
+#define IDD_PLAY_CONTROL 14
+#define IDD_AUTOMATION_SETTINGS 15
 #define IDD_PASSWORD_SETTINGS 16
 #define IDD_PASSWORD 17
 #define IDD_TEXT_EDIT 20
@@ -25,6 +34,66 @@
 #define IDC_LOCK_EXIT 105
 #define IDC_TEXT_EDIT 100
 #define IDC_BANNER_TEXT 100
+
+// File Properties.
+#define IDC_DEFAULT_FORMAT 101
+#define IDC_SPECIFY_FORMAT 102
+#define IDC_SAMPLE_RATE 103
+#define IDC_MONO 104
+#define IDC_STEREO 105
+#define IDC_SAMPLE_RATE_LABEL 106
+#define IDC_CHANNELS_LABEL 107
+#define IDC_AUTOMATED_RECORD 110
+#define IDC_AUTOMATED_PLAY 111
+#define IDC_AUTOTRIM 112
+
+// Schedule item dialogs: 101 and 102 are the time or date and time boxes,
+// 102-108 the day boxes of the regular kinds.
+#define IDC_SCH_FIRST 101
+#define IDC_SCH_SECOND 102
+#define IDC_SCH_MONDAY 102
+#define IDC_SCH_TUESDAY 103
+#define IDC_SCH_WEDNESDAY 104
+#define IDC_SCH_THURSDAY 105
+#define IDC_SCH_FRIDAY 106
+#define IDC_SCH_SATURDAY 107
+#define IDC_SCH_SUNDAY 108
+#define IDC_SCH_COMMENCE 109
+#define IDC_SCH_EXPIRE 110
+#define IDC_SCH_DURATION 111
+#define IDC_SCH_DEVICE 112
+
+// Vantorel Settings.
+#define IDC_SET_RECORD_DEVICE 101
+#define IDC_SET_PLAY_DEVICE 102
+#define IDC_SET_SAMPLE_RATE 103
+#define IDC_SET_MONO 104
+#define IDC_SET_STEREO 105
+#define IDC_SET_RUN_ON_STARTUP 106
+#define IDC_SET_RUN_AS_SERVICE 107
+#define IDC_SET_AUTOMATION 108
+#define IDC_SET_LEVEL_CHECK 109
+#define IDC_SET_METER 110
+#define IDC_SET_TEST_TONE 111
+#define IDC_SET_AUTOTRIM 112
+
+// Automation Settings.
+#define IDC_AUTO_NONE 101
+#define IDC_AUTO_SERIAL 102
+#define IDC_AUTO_PORT 103
+#define IDC_AUTO_PORT_LABEL 104
+#define IDC_AUTO_PORT_SETTINGS 105
+
+// Play control window.
+#define IDC_PC_LIST 101
+#define IDC_PC_METER 102
+#define IDC_PC_POSITION 103
+#define IDC_PC_PLAY 104
+#define IDC_PC_SCRUB 105
+#define IDC_PC_PAUSE 106
+#define IDC_PC_START 107
+#define IDC_PC_REWIND 108
+#define IDC_PC_FORWARD 109
 
 // Main window controls.
 #define IDC_FILES_LIST 1001

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "app/service_win.h"
+#include "install/system_integration_win.h"
 #include "resource.h"
 #include "ui/main_dialog_win.h"
 #include "win/handles_win.h"
@@ -197,7 +198,7 @@ void MainFrame::OnQueryEndSession(LPARAM flags) {
   m_shown = false;
   // On Windows 95/98 a shutdown does not close the program for it, so it
   // closes itself; a log-off leaves it running in the notification area.
-  if (!(flags & ENDSESSION_LOGOFF) && !isWindowsNT()) PostMessageA(m_hwnd, WM_CLOSE, 0, 0);
+  if (!(flags & ENDSESSION_LOGOFF) && !isWindowsNTPlatform()) PostMessageA(m_hwnd, WM_CLOSE, 0, 0);
 }
 
 void MainFrame::OnClose() {

@@ -10,6 +10,7 @@
 #include "app/service_win.h"
 #include "app/startup_plan.h"
 #include "base/app_paths.h"
+#include "install/system_integration_win.h"
 #include "win/messages.h"
 
 namespace {
@@ -45,7 +46,7 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE /*previous*/, LPSTR /*commandLi
   setAppPaths(appPathsFor(exePath));
 
   if (mode == RunMode::Service) {
-    if (isWindowsNT()) {
+    if (isWindowsNTPlatform()) {
       runServiceDispatcher(&runHiddenForService);
       return 0;
     }

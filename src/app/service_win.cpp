@@ -52,8 +52,6 @@ void WINAPI serviceMain(DWORD /*argc*/, LPSTR* /*argv*/) {
 
 }  // namespace
 
-bool isWindowsNT() { return (GetVersion() & 0x80000000u) == 0; }
-
 void runServiceDispatcher(int (*runApp)()) {
   g_runApp = runApp;
   SERVICE_TABLE_ENTRYA table[] = {{kServiceName, &serviceMain}, {nullptr, nullptr}};

@@ -4,8 +4,6 @@
 
 namespace vantr {
 
-bool isWindowsNT();
-
 // Connects to the service control manager as "VANTR" and runs runApp inside
 // the service; returns when the dispatcher returns (at once when the process
 // was not started by the service control manager).

@@ -68,6 +68,7 @@ std::string asRunActionText(AsRunAction action) {
     case AsRunAction::RecordStart: return "record start";
     case AsRunAction::RecordEnd: return "record end";
     case AsRunAction::Delete: return "delete";
+    case AsRunAction::Device: return "device";
   }
   return "?";
 }

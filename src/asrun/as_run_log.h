@@ -22,7 +22,9 @@
 
 namespace vantr {
 
-enum class AsRunAction { PlayStart, PlayEnd, RecordStart, RecordEnd, Delete };
+// Device: a stored device found at another number (the file field names the
+// setting or item, the result what was done).
+enum class AsRunAction { PlayStart, PlayEnd, RecordStart, RecordEnd, Delete, Device };
 
 struct AsRunEntry {
   int64_t milliseconds = 0;  // local wall clock, milliseconds since 1970 counted as UTC

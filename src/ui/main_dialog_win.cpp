@@ -1,18 +1,26 @@
 #include "ui/main_dialog_win.h"
 
+#include <commdlg.h>
 #include <windowsx.h>
 
+#include "automation/automation_dispatch.h"
 #include "base/clock.h"
 #include "base/file.h"
 #include "base/path.h"
+#include "base/process.h"
+#include "base/text.h"
 #include "base/time_position.h"
+#include "channels/device_choice.h"
 #include "resource.h"
 #include "schedule/named_file.h"
 #include "schedule/schedule_time.h"
 #include "store/settings.h"
 #include "ui/db_controls_win.h"
+#include "ui/library_dialogs_win.h"
 #include "ui/main_commands.h"
+#include "ui/play_control_win.h"
 #include "ui/product_text.h"
+#include "ui/settings_dialogs_win.h"
 #include "win/messages.h"
 
 namespace vantr {
@@ -27,13 +35,17 @@ constexpr UINT kSchedulerAfterRebuildMs = 980, kSchedulerAfterWorkMs = 900, kSch
 
 }  // namespace
 
-MainDialog::MainDialog(HINSTANCE instance, const AppPaths& paths)
+MainDialog::MainDialog(HINSTANCE instance, const AppPaths& paths, AutomationReader* automation)
     : m_instance(instance),
       m_paths(paths),
+      m_automation(automation),
       m_log(pathBeside(paths.settingsFile, "Logs"), systemClock()),
       m_banner(instance) {}
 
-MainDialog::~MainDialog() { destroy(); }
+MainDialog::~MainDialog() {
+  destroy();
+  if (m_deviceListing.joinable()) m_deviceListing.join();
+}
 
 bool MainDialog::create(HWND parent) {
   return CreateDialogParamA(m_instance, MAKEINTRESOURCEA(IDD_MAIN), parent, &MainDialog::StaticProc,
@@ -61,6 +73,7 @@ INT_PTR MainDialog::HandleMessage(UINT msg, WPARAM wParam, LPARAM lParam) {
       if (m_banner.show(m_hwnd)) SetTimer(m_hwnd, kTimerBanner, kBannerMs, nullptr);
       return TRUE;
     case WM_DESTROY: OnDestroy(); return TRUE;
+    case kMsgAutomationInput: OnAutomationInput(wParam, lParam); return TRUE;
     default: return FALSE;
   }
 }
@@ -85,6 +98,13 @@ void MainDialog::OnInitDialog() {
     SetWindowPos(GetDlgItem(m_hwnd, meter), HWND_TOP, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
   if (m_banner.show(m_hwnd)) SetTimer(m_hwnd, kTimerBanner, kBannerMs, nullptr);
 
+  // The first question about the sound devices makes the system list them
+  // all, which with many devices takes half a second or more; asked here on
+  // a thread of its own, it is done before an item dialog lists them.
+  m_deviceListing = std::thread([] {
+    waveOutGetNumDevs();
+    waveInGetNumDevs();
+  });
   makeDirectory(m_paths.recordingsFolder);
   makeDirectory(m_paths.schedulesFolder);
   std::array<LSoundPlayer*, kChannels> players{};
@@ -99,17 +119,45 @@ void MainDialog::OnInitDialog() {
       ChannelFolders{m_paths.settingsFile, m_paths.recordingsFolder, m_paths.schedulesFolder}, players, recorders);
   m_bank->setObserver(this);
   m_bank->setLog(&m_log);
+  checkDefaultDevices();
 
   SetTimer(m_hwnd, kTimerInfo, kInfoFirstMs, nullptr);
   rebuildSchedules("", -1);
   refreshStatus();
+
+  // Last: the serial line's commands come in only once there is a bank to
+  // carry them out.
+  if (m_automation) {
+    m_automationTarget = std::make_unique<WindowAutomationTarget>(m_hwnd);
+    m_automation->setTarget(m_automationTarget.get());
+  }
 }
 
 void MainDialog::OnDestroy() {
+  // No command from the serial line after this; those still queued are
+  // dropped, their atoms deleted.
+  if (m_automation) m_automation->setTarget(nullptr);
+  m_automationTarget.reset();
+  for (MSG queued; PeekMessageA(&queued, m_hwnd, kMsgAutomationInput, kMsgAutomationInput, PM_REMOVE);) {
+    std::string name;
+    takeAutomationName(queued.lParam, name);
+  }
   // Every timer stops with the window; the channels stop here, while their
   // engines' windows still exist to report the ends.
   if (m_bank) m_bank->stopAll();
   m_banner.close();
+}
+
+void MainDialog::OnAutomationInput(WPARAM command, LPARAM atom) {
+  std::string name;
+  if (!takeAutomationName(atom, name) || !m_bank) return;
+  RunAutomationCommand(*m_bank, ChannelFolders{m_paths.settingsFile, m_paths.recordingsFolder, m_paths.schedulesFolder},
+                       static_cast<int>(command), name, &m_log);
+  refreshStatus();
+}
+
+void MainDialog::automationSettingsChanged() {
+  if (m_automation) m_automation->restart();
 }
 
 void MainDialog::OnTimer(UINT_PTR id) {
@@ -141,12 +189,37 @@ void MainDialog::tick() {
 
 void MainDialog::starting(const ScheduleEntry& entry) {
   m_dueCause = "schedule " + std::string(entry.fileName) + " sch" + std::to_string(entry.slot);
+  checkDefaultDevices();
+  // An item's own device is checked against the name its dialog stored.
+  m_dueChannel.reset();
+  if (entry.channel == kDefaultChannelByte || !isKnownKind(entry.kind)) return;
+  const std::string path = scheduleFilePath(m_paths.schedulesFolder, entry.fileName);
+  const std::string name = readText(loadSettingsDocument(path), scheduleSection(entry.slot), "channame", "");
+  if (name.empty()) return;
+  const bool record = isRecordKind(entry.kind);
+  const DeviceChoice choice = chooseDevice(entry.channel, name, record ? inputDeviceNames() : outputDeviceNames());
+  if (!choice.note.empty()) m_log.append(AsRunAction::Device, "-", entry.fileName, m_dueCause, choice.note);
+  m_dueChannel = choice.device;
 }
 
-void MainDialog::play(const std::string& fileName, int channel) { m_bank->PlayFile(fileName, channel, m_dueCause); }
+void MainDialog::play(const std::string& fileName, int channel) {
+  m_bank->PlayFile(fileName, m_dueChannel.value_or(channel), m_dueCause);
+}
 
 void MainDialog::record(const std::string& fileName, int channel, int32_t duration) {
-  m_bank->StartRecord(fileName, channel, duration, m_dueCause);
+  m_bank->StartRecord(fileName, m_dueChannel.value_or(channel), duration, m_dueCause);
+}
+
+void MainDialog::checkDefaultDevices() {
+  // The system is asked for its devices only where names were stored: asking
+  // costs time with many devices, and older settings have no names.
+  const IniDocument settings = loadSettingsDocument(m_paths.settingsFile);
+  if (readText(settings, "settings", "playdevicename", "").empty() &&
+      readText(settings, "settings", "recorddevicename", "").empty()) {
+    m_bank->readDefaultChannels();
+    return;
+  }
+  m_bank->readDefaultChannels(outputDeviceNames(), inputDeviceNames());
 }
 
 void MainDialog::deleteFile(const std::string& fileName) {
@@ -208,19 +281,29 @@ std::vector<int> selectedIndexes(HWND list) {
   indexes.resize(got > 0 ? static_cast<size_t>(got) : 0);
   return indexes;
 }
+
+std::string lineText(HWND list, int index) {
+  const LRESULT length = SendMessageA(list, LB_GETTEXTLEN, index, 0);
+  if (length <= 0) return std::string();
+  std::string text(static_cast<size_t>(length) + 1, '\0');
+  SendMessageA(list, LB_GETTEXT, index, reinterpret_cast<LPARAM>(text.data()));
+  text.resize(static_cast<size_t>(length));
+  return text;
+}
 }  // namespace
 
 std::vector<std::string> MainDialog::selectedFiles() const {
   HWND list = GetDlgItem(m_hwnd, IDC_FILES_LIST);
   std::vector<std::string> names;
-  for (int index : selectedIndexes(list)) {
-    const LRESULT length = SendMessageA(list, LB_GETTEXTLEN, index, 0);
-    if (length < 0) continue;
-    std::string name(static_cast<size_t>(length) + 1, '\0');
-    SendMessageA(list, LB_GETTEXT, index, reinterpret_cast<LPARAM>(name.data()));
-    name.resize(static_cast<size_t>(length));
-    names.push_back(name);
-  }
+  for (int index : selectedIndexes(list)) names.push_back(lineText(list, index));
+  return names;
+}
+
+std::vector<std::string> MainDialog::allFiles() const {
+  HWND list = GetDlgItem(m_hwnd, IDC_FILES_LIST);
+  std::vector<std::string> names;
+  const LRESULT count = SendMessageA(list, LB_GETCOUNT, 0, 0);
+  for (int index = 0; index < count; ++index) names.push_back(lineText(list, index));
   return names;
 }
 
@@ -289,14 +372,41 @@ bool MainDialog::allowed(UINT id) {
   return rule.lock == 0 || CheckPassword(m_hwnd, m_instance, m_paths.settingsFile, rule.lock);
 }
 
+namespace {
+// The kind of item each New Schedule Item command makes.
+int32_t newItemKind(UINT id) {
+  switch (id) {
+    case CM_PLAY_ONCE: return kPlayOnce;
+    case CM_PLAY_REGULAR: return kPlayRegular;
+    case CM_RECORD_ONCE: return kRecordOnce;
+    case CM_RECORD_REGULAR: return kRecordRegular;
+    case CM_SCHEDULED_DELETE: return kScheduledFileDelete;
+    default: return 0;
+  }
+}
+}  // namespace
+
 void MainDialog::runCommand(UINT id) {
   switch (id) {
     case IDC_PLAY:
     case IDC_RECORD:
     case IDC_STOP:
+    case CM_PLAY_CONTROL:
+    case CM_NEW_FILE:
+    case CM_RENAME_FILE:
     case CM_DELETE_FILE:
+    case CM_FILE_PROPERTIES:
+    case CM_LOAD_WAV_FILE:
+    case CM_PLAY_ONCE:
+    case CM_PLAY_REGULAR:
+    case CM_RECORD_ONCE:
+    case CM_RECORD_REGULAR:
+    case CM_SCHEDULED_DELETE:
+    case CM_EDIT_SCHEDULE_ITEM:
     case CM_DELETE_SCHEDULE_ITEM:
-    case CM_PASSWORD_SETTINGS: break;
+    case CM_HARDWARE_SETTINGS:
+    case CM_PASSWORD_SETTINGS:
+    case CM_HELP_CONTENTS: break;
     default:
       // The commands whose dialogs come later still ask for their lock.
       allowed(id);
@@ -307,16 +417,38 @@ void MainDialog::runCommand(UINT id) {
     case IDC_PLAY: playSelected(); break;
     case IDC_RECORD: recordSelected(); break;
     case IDC_STOP: stopCommand(); break;
+    case CM_PLAY_CONTROL:
+      LPlayControlDlg(m_hwnd, m_instance, *m_bank);
+      refreshStatus();
+      break;
+    case CM_NEW_FILE: newFile(); break;
+    case CM_RENAME_FILE: renameFile(); break;
     case CM_DELETE_FILE: deleteFiles(); break;
+    case CM_FILE_PROPERTIES: fileProperties(); break;
+    case CM_LOAD_WAV_FILE: loadWavFile(); break;
+    case CM_EDIT_SCHEDULE_ITEM: editScheduleItems(); break;
     case CM_DELETE_SCHEDULE_ITEM: deleteScheduleItems(); break;
+    case CM_HARDWARE_SETTINGS:
+      if (HardwareSettingsDialog(m_hwnd, m_instance, m_paths.settingsFile)) {
+        checkDefaultDevices();
+        automationSettingsChanged();
+      }
+      break;
     case CM_PASSWORD_SETTINGS: PasswordSettingsDialog(m_hwnd, m_instance, m_paths.settingsFile); break;
-    default: break;
+    case CM_HELP_CONTENTS: openHelp(m_hwnd); break;
+    default:
+      if (newItemKind(id)) newScheduleItem(newItemKind(id));
+      break;
   }
 }
 
 void MainDialog::playSelected() {
   const std::vector<std::string> files = selectedFiles();
-  if (!files.empty()) m_bank->PlayFile(files.front(), -1, "operator");
+  if (files.empty()) return;
+  m_bank->PlayFile(files.front(), -1, "operator");
+  // The operator takes hold of what was just started.
+  LPlayControlDlg(m_hwnd, m_instance, *m_bank);
+  refreshStatus();
 }
 
 void MainDialog::recordSelected() {
@@ -368,6 +500,126 @@ void MainDialog::deleteFiles() {
     m_log.append(AsRunAction::Delete, "-", name, "operator", "done");
   }
   rebuildSchedules("", -1);
+}
+
+// ---------------------------------------------------------------- the library
+
+namespace {
+constexpr char kNameTitle[] = "New File Name";
+void nameUsedMessage(HWND owner) {
+  MessageBoxA(owner, "That name is already used, please enter a different name", "Name used",
+              MB_OK | MB_ICONEXCLAMATION);
+}
+}  // namespace
+
+void MainDialog::newFile() {
+  std::string name = "Untitled File";
+  for (;;) {
+    if (!LTextEditDlg(m_hwnd, m_instance, kNameTitle, name)) return;
+    if (!nameUsed(allFiles(), name)) break;
+    nameUsedMessage(m_hwnd);
+  }
+  // A name that cannot name a file in the folders (or that the scheduler
+  // would cut) makes nothing; the list shows what is on disk.
+  if (isLibraryName(name)) {
+    FilePropertiesDialog(m_hwnd, m_instance, scheduleFilePath(m_paths.schedulesFolder, name));
+  }
+  rebuildSchedules(name, -1);
+}
+
+void MainDialog::renameFile() {
+  const std::vector<std::string> files = selectedFiles();
+  if (files.empty()) return;
+  const std::string old = files.front();
+  std::string name = old;
+  for (;;) {
+    if (!LTextEditDlg(m_hwnd, m_instance, kNameTitle, name)) return;
+    if (name == old) return;
+    // Only the case changes: the file may take its own name.
+    if (equalsNoCase(name, old) || !nameUsed(allFiles(), name)) break;
+    nameUsedMessage(m_hwnd);
+  }
+  if (isLibraryName(name)) {
+    m_bank->stopEveryUserOf(old);
+    renameNamedFile(m_paths.schedulesFolder, m_paths.recordingsFolder, old, name);
+  }
+  rebuildSchedules(name, -1);
+}
+
+void MainDialog::fileProperties() {
+  const std::vector<std::string> files = selectedFiles();
+  if (files.empty()) return;
+  const std::string path = scheduleFilePath(m_paths.schedulesFolder, files.front());
+  if (path.empty()) return;
+  if (FilePropertiesDialog(m_hwnd, m_instance, path)) flushSettings(path);
+}
+
+void MainDialog::loadWavFile() {
+  char chosen[MAX_PATH] = {};
+  OPENFILENAMEA ofn{};
+  ofn.lStructSize = sizeof ofn;
+  ofn.hwndOwner = m_hwnd;
+  ofn.lpstrFilter = "Wav Files\0*.wav\0";
+  ofn.lpstrFile = chosen;
+  ofn.nMaxFile = MAX_PATH;
+  ofn.lpstrTitle = "Load New Wav File";
+  ofn.Flags = OFN_EXPLORER | OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST | OFN_HIDEREADONLY;
+  if (!GetOpenFileNameA(&ofn)) return;
+  const std::string name = nameOfChosenFile(chosen);
+  if (!isLibraryName(name)) return;
+  const std::string audio = audioFilePath(m_paths.recordingsFolder, name);
+  const bool replacing = fileExists(audio);
+  if (replacing &&
+      MessageBoxA(m_hwnd, "A file with that file name already exists. Are you sure you want to overwrite it?",
+                  "Confirm Overwrite", MB_YESNO | MB_ICONEXCLAMATION) != IDYES)
+    return;
+  // The copy waits beside the audio until the properties are confirmed, so
+  // that Cancel leaves no new audio behind and never costs a file's old
+  // recording; taken as it is, whatever it holds (the player reads the header).
+  const std::string staged = temporaryNameBeside(audio);
+  const bool copied = copyFileReplacing(chosen, staged);
+  const std::string schedule = scheduleFilePath(m_paths.schedulesFolder, name);
+  const bool confirmed = FilePropertiesDialog(m_hwnd, m_instance, schedule);
+  flushSettings(schedule);
+  if (!confirmed) {
+    removeFile(staged);
+    return;
+  }
+  if (copied) {
+    // The file's channels let go of the old audio first.
+    if (replacing) m_bank->stopEveryUserOf(name);
+    removeFile(audio);
+    renameReplacing(staged, audio);
+  }
+  rebuildSchedules(name, -1);
+}
+
+void MainDialog::newScheduleItem(int32_t kind) {
+  const std::vector<std::string> files = selectedFiles();
+  if (files.empty()) return;
+  const std::string path = scheduleFilePath(m_paths.schedulesFolder, files.front());
+  if (path.empty()) return;
+  const int slot = NewScheduleItem(path, kind);
+  if (slot < 0) return;
+  if (!ScheduleItemDialog(m_hwnd, m_instance, kind, path, slot)) {
+    DeleteScheduleItems(path, {slot});
+    return;
+  }
+  flushSettings(path);
+  rebuildSchedules(files.front(), slot);
+}
+
+void MainDialog::editScheduleItems() {
+  const std::vector<std::string> files = selectedFiles();
+  if (files.empty()) return;
+  const std::string path = scheduleFilePath(m_paths.schedulesFolder, files.front());
+  if (path.empty()) return;
+  for (const int slot : selectedSlots()) {
+    const int32_t kind = readScheduleType(loadSettingsDocument(path), slot);
+    if (!isKnownKind(kind) || !ScheduleItemDialog(m_hwnd, m_instance, kind, path, slot)) continue;
+    flushSettings(path);
+    rebuildSchedules(files.front(), slot);
+  }
 }
 
 void MainDialog::deleteScheduleItems() {

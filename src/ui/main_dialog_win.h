@@ -8,15 +8,19 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "asrun/as_run_log.h"
 #include "audio/play/wave_out_win.h"
 #include "audio/record/wave_in_win.h"
+#include "automation/automation_reader.h"
 #include "base/app_paths.h"
 #include "channels/channel_bank.h"
 #include "schedule/scheduler.h"
+#include "ui/automation_target_win.h"
 #include "ui/small_dialogs_win.h"
 #include "win/handles_win.h"
 #include "win/window_win.h"
@@ -25,7 +29,9 @@ namespace vantr {
 
 class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private SchedulerActions {
  public:
-  MainDialog(HINSTANCE instance, const AppPaths& paths);
+  // automation is the process's serial reader (may be null): the window is
+  // its target while it exists.
+  MainDialog(HINSTANCE instance, const AppPaths& paths, AutomationReader* automation = nullptr);
   ~MainDialog() override;
   MainDialog(const MainDialog&) = delete;
   MainDialog& operator=(const MainDialog&) = delete;
@@ -45,6 +51,10 @@ class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private S
 
   INT_PTR HandleMessage(UINT msg, WPARAM wParam, LPARAM lParam);
 
+  // The automation settings changed (mode, port, port record): the serial
+  // reader starts again under them.
+  void automationSettingsChanged();
+
  private:
   // Messages
   void OnInitDialog();
@@ -53,11 +63,13 @@ class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private S
   void OnInitMenuPopup(HMENU menu);
   void OnContextMenu(HWND list, POINT at);
   void OnDestroy();
+  void OnAutomationInput(WPARAM command, LPARAM atom);
 
   // Lists
   void rebuildSchedules(const std::string& select, int slot);
   void fillScheduleList(int slot);
   std::vector<std::string> selectedFiles() const;
+  std::vector<std::string> allFiles() const;
   std::vector<int> selectedSlots() const;
   bool fileSelected() const;
   bool itemSelected() const;
@@ -67,7 +79,13 @@ class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private S
   void playSelected();
   void recordSelected();
   void stopCommand();
+  void newFile();
+  void renameFile();
   void deleteFiles();
+  void fileProperties();
+  void loadWavFile();
+  void newScheduleItem(int32_t kind);
+  void editScheduleItems();
   void deleteScheduleItems();
   bool allowed(UINT id);
 
@@ -85,9 +103,14 @@ class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private S
   void rebuild() override;
   void showTime(int64_t second) override;
   void tick();
+  // Rereads the default devices, checked against their stored names.
+  void checkDefaultDevices();
 
   HINSTANCE m_instance;
   const AppPaths m_paths;
+  AutomationReader* const m_automation;
+  // Made with the window, cleared from the reader before the channels stop.
+  std::unique_ptr<WindowAutomationTarget> m_automationTarget;
   // The buttons show these but do not own them: deleted after the window
   // (members outlive the destructor's body, which destroys the window).
   GdiObject<HBITMAP> m_buttonBitmaps[3];
@@ -99,9 +122,12 @@ class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private S
   std::unique_ptr<ChannelBank> m_bank;
   ScheduleTable m_table;
   Banner m_banner;
+  std::thread m_deviceListing;
   int m_infoLine = 0;
   // The schedule item a due start comes from, for the as-run log.
   std::string m_dueCause = "schedule";
+  // The device a due item's stored name found, when it is not the stored number.
+  std::optional<int> m_dueChannel;
 };
 
 }  // namespace vantr
