@@ -1,5 +1,7 @@
 #include "channels/channel_bank.h"
 
+#include <algorithm>
+
 #include "audio/data/pcm_file_sink.h"
 #include "audio/data/pcm_file_source.h"
 #include "base/file.h"
@@ -128,6 +130,10 @@ void ChannelBank::StartRecord(std::string_view name, int channel, int32_t durati
                           ? readLevel(m_folders.settingsFile, "settings", "autotrim", -21)
                           : kNoLevel;
 
+  // A recording already on this channel ends first, as itself: its end is
+  // logged and its TEMP_ file, if it has one, becomes the pending move.
+  // Only then does the channel take on the new file's TEMP_ choice.
+  if (m_recorders[channel]->state() != LSoundRecorder::State::Idle) m_recorders[channel]->Stop();
   Channel& ch = m_record[channel];
   // While the file plays, or someone else holds it, the recording goes to
   // TEMP_<name>.wav and is moved into place once it is free.
@@ -187,7 +193,11 @@ void ChannelBank::recordingStopped(uint32_t channel) {
   if (channel >= kChannels) return;
   Channel& ch = m_record[channel];
   if (ch.name.empty()) return;
-  if (ch.temporary) m_pending = ch.name;
+  // Each finished TEMP_ recording waits for its own move: a second one
+  // finishing first must not make the program forget the first.
+  if (ch.temporary &&
+      std::none_of(m_pending.begin(), m_pending.end(), [&](const std::string& p) { return equalsNoCase(p, ch.name); }))
+    m_pending.push_back(ch.name);
   ch.temporary = false;
   log(AsRunAction::RecordEnd, static_cast<int>(channel), ch.name, ch.cause, "done");
   ch.name.clear();
@@ -272,16 +282,21 @@ std::string ChannelBank::playStatus() const {
 }
 
 void ChannelBank::movePendingRecording() {
-  if (m_pending.empty() || isPlaying(m_pending)) return;
-  const std::string temporary = temporaryPath(m_pending);
-  const std::string final = audioFilePath(m_folders.recordingsFolder, m_pending);
-  if (inUse(temporary)) return;
-  // The final file goes even when there is no TEMP_ file, as it always has.
-  if (!final.empty()) {
-    removeFile(final);
-    renameReplacing(temporary, final);
+  for (auto it = m_pending.begin(); it != m_pending.end();) {
+    const std::string& name = *it;
+    const std::string temporary = temporaryPath(name);
+    if (isPlaying(name) || inUse(temporary)) {
+      ++it;
+      continue;
+    }
+    // The final file goes even when there is no TEMP_ file, as it always has.
+    const std::string final = audioFilePath(m_folders.recordingsFolder, name);
+    if (!final.empty()) {
+      removeFile(final);
+      renameReplacing(temporary, final);
+    }
+    it = m_pending.erase(it);
   }
-  m_pending.clear();
 }
 
 }  // namespace vantr

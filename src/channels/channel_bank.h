@@ -102,10 +102,11 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
   // when none records; likewise "[play] ".
   std::string recordStatus() const;
   std::string playStatus() const;
-  // Moves a finished TEMP_ recording into place unless its file is playing
-  // or the TEMP_ file is still in use; done at every status refresh.
+  // Moves each finished TEMP_ recording into place unless its file is
+  // playing or the TEMP_ file is still in use; done at every status refresh.
   void movePendingRecording();
-  const std::string& pendingName() const { return m_pending; }
+  // The files whose finished TEMP_ recordings wait for their move, oldest first.
+  const std::vector<std::string>& pendingNames() const { return m_pending; }
 
  private:
   struct Channel {
@@ -141,7 +142,7 @@ class ChannelBank : public NamedFileUsers, private LSoundPlayerNotify, private R
   std::array<LSoundPlayer*, kChannels> m_players;
   std::array<LSoundRecorder*, kChannels> m_recorders;
   std::array<Channel, kChannels> m_play, m_record;
-  std::string m_pending;
+  std::vector<std::string> m_pending;
   int m_defaultPlay = 0, m_defaultRecord = 0;
   ChannelObserver* m_observer = nullptr;
   LSoundPlayerNotify* m_playListener = nullptr;

@@ -120,18 +120,47 @@ TEST_F(Bank, OneNameRecordsOnceAndAPlayingFileRecordsIntoTemp) {
   EXPECT_EQ(bank->recordStatus(), "[rec] NewsTalk") << "both names after one tag, in channel order";
   EXPECT_TRUE(fileExists(joinPath(folders.recordingsFolder, "TEMP_News.wav")));
   bank->stopRecord(1);
-  EXPECT_EQ(bank->pendingName(), "News");
+  EXPECT_EQ(bank->pendingNames(), std::vector<std::string>{"News"});
   bank->movePendingRecording();
-  EXPECT_EQ(bank->pendingName(), "News") << "the move waits while the file plays";
+  EXPECT_EQ(bank->pendingNames(), std::vector<std::string>{"News"}) << "the move waits while the file plays";
   bank->stopPlay(0);
   bank->movePendingRecording();
-  EXPECT_EQ(bank->pendingName(), "");
+  EXPECT_TRUE(bank->pendingNames().empty());
   EXPECT_FALSE(fileExists(joinPath(folders.recordingsFolder, "TEMP_News.wav")));
   EXPECT_TRUE(fileExists(joinPath(folders.recordingsFolder, "News.wav")));
   const std::vector<std::string> lines = asRun();
   EXPECT_EQ(lines[0], "record 3|record start|Talk|done");
   EXPECT_EQ(lines[1], "record 1|record start|talk|already recording");
   EXPECT_EQ(lines[3], "record 1|record start|News|done (TEMP_)");
+}
+
+// A new recording on a busy record channel ends the one there as itself:
+// the finished file keeps its audio and its own TEMP_ choice, whatever the
+// new one's is.
+TEST_F(Bank, ARecordingReplacedOnItsChannelKeepsItsOwnFile) {
+  const std::string recordings = folders.recordingsFolder;
+  const struct { bool oldPlays, newPlays; } rows[] = {{false, true}, {true, false}, {true, true}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(std::to_string(row.oldPlays) + std::to_string(row.newPlays));
+    bank->stopAll();
+    makeFile("Old", false);
+    makeFile("New", false);
+    removeFile(joinPath(recordings, "Old.wav"));
+    // A file plays while it records only when it has audio to play.
+    if (row.oldPlays) writeAudio("Old", 10);
+    if (row.newPlays) writeAudio("New", 10);
+    if (row.oldPlays) bank->PlayFile("Old", 0, "operator");
+    if (row.newPlays) bank->PlayFile("New", 1, "operator");
+    bank->StartRecord("Old", 2, 100000, "operator");
+    bank->StartRecord("New", 2, 100000, "operator");
+    EXPECT_EQ(bank->recordName(2), "New");
+    EXPECT_EQ(bank->pendingNames(), row.oldPlays ? std::vector<std::string>{"Old"} : std::vector<std::string>{});
+    bank->stopAll();
+    bank->movePendingRecording();
+    EXPECT_TRUE(fileExists(joinPath(recordings, "Old.wav")));
+    EXPECT_FALSE(fileExists(joinPath(recordings, "TEMP_Old.wav")));
+    EXPECT_FALSE(fileExists(joinPath(recordings, "TEMP_New.wav")));
+  }
 }
 
 TEST_F(Bank, ARefusedDeviceShowsTheNameUntilStoppedAndDeleteStopsEveryUser) {
