@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "base/clock.h"
+#include "dialog_box.h"
 #include "program_test.h"
 #include "resource.h"
 #include "schedule/schedule_time.h"
@@ -22,57 +23,6 @@ namespace vantr::e2e {
 namespace {
 
 constexpr int kFileNameBox = 1148;  // the file name of the system's open dialog
-
-// A modal box of the program, found by its title.
-class Box {
- public:
-  explicit Box(const char* title) : m_title(title) {
-    waitFor([&] { return (m_hwnd = findBox(title)) != nullptr; });
-  }
-  explicit operator bool() const { return m_hwnd != nullptr; }
-  HWND item(int id) const { return GetDlgItem(m_hwnd, id); }
-  std::string text(int id) const {
-    wchar_t wide[512] = {};
-    SendMessageW(item(id), WM_GETTEXT, 512, reinterpret_cast<LPARAM>(wide));
-    char narrow[1024] = {};
-    WideCharToMultiByte(CP_ACP, 0, wide, -1, narrow, sizeof narrow, nullptr, nullptr);
-    return narrow;
-  }
-  void set(int id, const std::string& text) const {
-    SendMessageA(item(id), WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text.c_str()));
-  }
-  bool checked(int id) const { return SendMessageA(item(id), BM_GETCHECK, 0, 0) == BST_CHECKED; }
-  // A click, so radio buttons clear their partners and the dialog hears it.
-  void click(int id) const { SendMessageA(item(id), BM_CLICK, 0, 0); }
-  int selection(int id) const { return static_cast<int>(SendMessageA(item(id), CB_GETCURSEL, 0, 0)); }
-  std::vector<std::string> entries(int id) const {
-    std::vector<std::string> out;
-    const LRESULT count = SendMessageW(item(id), CB_GETCOUNT, 0, 0);
-    for (LRESULT i = 0; i < count; ++i) {
-      wchar_t wide[256] = {};
-      SendMessageW(item(id), CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(wide));
-      char narrow[512] = {};
-      WideCharToMultiByte(CP_ACP, 0, wide, -1, narrow, sizeof narrow, nullptr, nullptr);
-      out.push_back(narrow);
-    }
-    return out;
-  }
-  void choose(int id, int index) const { SendMessageA(item(id), CB_SETCURSEL, index, 0); }
-  // Presses a button and waits for the box to close.
-  bool press(int id) const {
-    PostMessageA(item(id), BM_CLICK, 0, 0);
-    return waitFor([&] { return !IsWindow(m_hwnd) || !IsWindowVisible(m_hwnd); });
-  }
-
- private:
-  const char* m_title;
-  HWND m_hwnd = nullptr;
-};
-
-std::string fileText(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // The name a folder really holds for a file, whatever case it was asked in.
 std::string spellingOnDisk(const std::string& path) {
