@@ -11,6 +11,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 # The installer makes these two folders beside the program; do the same here.
 mkdir -p "$root/build/run/Recordings" "$root/build/run/Schedules"
 cp "$root/build/win/src/app/vantr.exe" "$root/build/win/src/tools/vantrctl.exe" "$root/build/run/"
+cp -r "$root/docs/manual" "$root/build/run/"
 
 if [ -n "${DISPLAY:-}" ] && xdotool getdisplaygeometry >/dev/null 2>&1; then
   # A real desktop: use it; Wine finds its sound through the desktop's own server.

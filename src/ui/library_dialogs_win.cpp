@@ -1,10 +1,13 @@
 #include "ui/library_dialogs_win.h"
 
+#include <shellapi.h>
+
 #include <array>
 #include <vector>
 
 #include "audio/play/wave_out_win.h"
 #include "base/clock.h"
+#include "base/file.h"
 #include "base/path.h"
 #include "resource.h"
 #include "schedule/file_properties.h"
@@ -28,7 +31,7 @@ class FileProperties_Dialog : public FormDialog<FileProperties_Dialog> {
   explicit FileProperties_Dialog(const std::string& scheduleFile) : m_path(scheduleFile) {}
 
   void command(int id) {
-    if (id == IDHELP) openHelp(m_hwnd);
+    if (id == IDHELP) openHelp(m_hwnd, "files.html");
     if (id == IDC_DEFAULT_FORMAT || id == IDC_SPECIFY_FORMAT) enableFormat();
   }
 
@@ -172,10 +175,17 @@ bool ScheduleItemDialog(HWND owner, HINSTANCE instance, int32_t kind, const std:
   return dialog.run(owner, instance);
 }
 
-void openHelp(HWND owner) {
+bool openHelp(HWND owner, const char* page) {
   char program[MAX_PATH] = {};
   GetModuleFileNameA(nullptr, program, MAX_PATH);
-  WinHelpA(owner, pathBeside(program, "vantr.hlp").c_str(), HELP_CONTENTS, 0);
+  // WinHelp cannot open help files on Windows 10 and later; the HTML manual
+  // is what the program ships.
+  const std::string helpFile = pathBeside(program, "vantr.hlp");
+  if (fileExists(helpFile) && WinHelpA(owner, helpFile.c_str(), HELP_CONTENTS, 0)) return true;
+  const std::string manualPage = pathBeside(program, std::string("manual\\") + page);
+  if (!fileExists(manualPage)) return false;
+  return reinterpret_cast<INT_PTR>(ShellExecuteA(owner, "open", manualPage.c_str(), nullptr, nullptr, SW_SHOWNORMAL)) >
+         32;
 }
 
 }  // namespace vantr

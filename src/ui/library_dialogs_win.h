@@ -17,7 +17,10 @@ bool FilePropertiesDialog(HWND owner, HINSTANCE instance, const std::string& sch
 // a schedule file: true on OK, when the slot has been written.
 bool ScheduleItemDialog(HWND owner, HINSTANCE instance, int32_t kind, const std::string& scheduleFile, int slot);
 
-// The program's help: its help file beside the program.
-void openHelp(HWND owner);
+// The program's help at a page of its manual: the help file vantr.hlp
+// through WinHelp where both are there (older Windows), else the HTML manual
+// beside the program (manual\page) in the user's browser. False when
+// neither could be opened.
+bool openHelp(HWND owner, const char* page = "index.html");
 
 }  // namespace vantr

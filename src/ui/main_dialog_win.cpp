@@ -406,7 +406,8 @@ void MainDialog::runCommand(UINT id) {
     case CM_DELETE_SCHEDULE_ITEM:
     case CM_HARDWARE_SETTINGS:
     case CM_PASSWORD_SETTINGS:
-    case CM_HELP_CONTENTS: break;
+    case CM_HELP_CONTENTS:
+    case CM_WEB_FIRST: break;
     default:
       // The commands whose dialogs come later still ask for their lock.
       allowed(id);
@@ -436,6 +437,8 @@ void MainDialog::runCommand(UINT id) {
       break;
     case CM_PASSWORD_SETTINGS: PasswordSettingsDialog(m_hwnd, m_instance, m_paths.settingsFile); break;
     case CM_HELP_CONTENTS: openHelp(m_hwnd); break;
+    // The Internet Resources entries open pages of the manual.
+    case CM_WEB_FIRST: openHelp(m_hwnd, "home.html"); break;
     default:
       if (newItemKind(id)) newScheduleItem(newItemKind(id));
       break;

@@ -55,7 +55,7 @@ class Settings_Dialog : public FormDialog<Settings_Dialog>, private LSoundPlayer
 
   void command(int id) {
     switch (id) {
-      case IDHELP: openHelp(m_hwnd); break;
+      case IDHELP: openHelp(m_hwnd, "settings.html"); break;
       case IDC_SET_AUTOMATION: AutomationSettingsDialog(m_hwnd, m_instance, m_settings); break;
       case IDC_SET_LEVEL_CHECK: levelCheck(); break;
       case IDC_SET_TEST_TONE: testTone(); break;

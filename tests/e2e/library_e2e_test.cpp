@@ -388,3 +388,75 @@ TEST_F(LibraryEdit, ScheduleItemDialogsWriteTheirItemsAndOneFires) {
 
 }  // namespace
 }  // namespace vantr::e2e
+
+namespace vantr::e2e {
+namespace {
+
+// Web pages open, for this test, in a command that writes down what it was
+// given: an association in the test bed's own prefix, put back afterwards.
+class PageRecorder {
+ public:
+  explicit PageRecorder(const std::string& record) {
+    RegCreateKeyExA(HKEY_CLASSES_ROOT, ".html", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &m_type, nullptr);
+    char old[256] = {};
+    DWORD size = sizeof old;
+    if (RegQueryValueExA(m_type, nullptr, nullptr, nullptr, reinterpret_cast<BYTE*>(old), &size) == ERROR_SUCCESS)
+      m_old = old;
+    RegSetValueExA(m_type, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(kClass), sizeof kClass);
+    const std::string command = "cmd.exe /c echo %1>>\"" + record + "\"";
+    HKEY open = nullptr;
+    RegCreateKeyExA(HKEY_CLASSES_ROOT, (std::string(kClass) + "\\shell\\open\\command").c_str(), 0, nullptr, 0,
+                    KEY_ALL_ACCESS, nullptr, &open, nullptr);
+    RegSetValueExA(open, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(command.c_str()),
+                   static_cast<DWORD>(command.size() + 1));
+    RegCloseKey(open);
+  }
+  ~PageRecorder() {
+    if (m_old.empty())
+      RegDeleteValueA(m_type, nullptr);
+    else
+      RegSetValueExA(m_type, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(m_old.c_str()),
+                     static_cast<DWORD>(m_old.size() + 1));
+    RegCloseKey(m_type);
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, kClass);
+  }
+
+ private:
+  static constexpr char kClass[] = "VantorelTestPage";
+  HKEY m_type = nullptr;
+  std::string m_old;
+};
+
+TEST_F(LibraryEdit, HelpOpensPagesOfTheManualBesideTheProgram) {
+  // The manual as the build puts it beside the program.
+  CreateDirectoryA(m_folder.file("manual").c_str(), nullptr);
+  for (const char* page : {"index.html", "files.html", "settings.html", "home.html"})
+    ASSERT_TRUE(CopyFileA(nativePath(std::string(VANTR_MANUAL) + "/" + page).c_str(),
+                          m_folder.file(std::string("manual\\") + page).c_str(), FALSE))
+        << page;
+  const std::string record = m_folder.file("opened.txt");
+  PageRecorder recorder(record);
+  m_library.schedule("News", "");
+  MainWindow window = start();
+  ASSERT_TRUE(window.dialog());
+
+  const auto opened = [&](const char* page) {
+    return waitFor([&] { return fileText(record).find(std::string("manual\\") + page) != std::string::npos; });
+  };
+  PostMessageA(window.item(IDC_FILES_LIST), WM_KEYDOWN, VK_F1, 0);
+  EXPECT_TRUE(opened("index.html")) << fileText(record);
+  window.command(CM_WEB_FIRST);
+  EXPECT_TRUE(opened("home.html")) << fileText(record);
+  window.select(IDC_FILES_LIST, 0);
+  window.command(CM_FILE_PROPERTIES);
+  {
+    Box props("File Properties");
+    ASSERT_TRUE(props);
+    PostMessageA(props.item(IDHELP), BM_CLICK, 0, 0);
+    EXPECT_TRUE(opened("files.html")) << fileText(record);
+    ASSERT_TRUE(props.press(IDCANCEL));
+  }
+}
+
+}  // namespace
+}  // namespace vantr::e2e
