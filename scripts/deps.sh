@@ -6,6 +6,7 @@ packages=(
   googletest libbenchmark-dev libsndfile1-dev sox
   g++-mingw-w64-x86-64 binutils-mingw-w64-x86-64
   wine64 wine xvfb xauth pulseaudio pulseaudio-utils socat imagemagick xdotool fonts-wine
+  cups-daemon cups-client ghostscript poppler-utils
 )
 missing=()
 for p in "${packages[@]}"; do

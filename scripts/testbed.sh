@@ -2,7 +2,9 @@
 # The Wine test bed of one build folder: a private Wine prefix inside the build
 # tree, an X display (Xvfb), a PulseAudio server with four null sinks (four
 # output devices, and their monitors as four input devices), and two socat
-# pseudo-terminal pairs mapped as COM1 and COM2.
+# pseudo-terminal pairs mapped as COM1 and COM2, and a CUPS server of its own
+# with one printer, "Vantorel_Printer", that keeps every job's PostScript as
+# a file.
 #
 #   testbed.sh start  BUILD   start whatever is not running yet (idempotent)
 #   testbed.sh stop   BUILD   stop only what this script started for BUILD
@@ -38,6 +40,8 @@ export XDG_DATA_HOME='$tb/home/.local/share'
 export PULSE_SERVER='unix:$tb/xdg/pulse/native'
 export VANTR_TTY_COM1='$tb/ttyTEST1'
 export VANTR_TTY_COM2='$tb/ttyTEST2'
+export CUPS_SERVER='$tb/cups/cups.sock'
+export VANTR_PRINT_OUT='$tb/printed'
 export VANTR_REALTIME='$(realtime_prefix 10)'
 ENV
 }
@@ -120,6 +124,61 @@ start_ports() {
   done
 }
 
+cups_running() { [ -S "$tb/cups/cups.sock" ] && alive "$tb/cupsd.pid" && lpstat -h "$tb/cups/cups.sock" -r >/dev/null 2>&1; }
+
+# A CUPS server that listens only on a socket in the test bed, with a printer
+# whose backend writes each job to printed/job-N.ps (renamed into place when
+# complete). Wine's PostScript driver finds it through CUPS_SERVER.
+start_printer() {
+  cups_running && return 0
+  local c=$tb/cups
+  rm -rf "$c"
+  mkdir -p "$c/etc" "$c/spool" "$c/cache" "$c/state" "$c/log" "$c/bin/backend" "$tb/printed"
+  chmod 777 "$tb/printed"
+  local d
+  for d in filter daemon notifier cgi-bin; do ln -sfn "/usr/lib/cups/$d" "$c/bin/$d"; done
+  cat > "$c/bin/backend/vantrfile" <<'BACKEND'
+#!/bin/sh
+[ $# -eq 0 ] && { echo 'file vantrfile "Vantorel" "Vantorel test printer"'; exit 0; }
+out=${DEVICE_URI#vantrfile:}
+if [ -n "$6" ]; then cat "$6"; else cat; fi > "$out/job-$1.ps.part" && mv "$out/job-$1.ps.part" "$out/job-$1.ps"
+BACKEND
+  chmod 700 "$c/bin/backend/vantrfile"
+  cat > "$c/etc/cupsd.conf" <<CONF
+Listen $c/cups.sock
+LogLevel warn
+WebInterface No
+Browsing No
+<Location />
+  Order allow,deny
+  Allow all
+</Location>
+<Policy default>
+  <Limit All>
+    Order deny,allow
+  </Limit>
+</Policy>
+CONF
+  cat > "$c/etc/cups-files.conf" <<CONF
+ServerRoot $c/etc
+ServerBin $c/bin
+StateDir $c/state
+CacheDir $c/cache
+RequestRoot $c/spool
+TempDir $c/spool
+AccessLog $c/log/access_log
+ErrorLog $c/log/error_log
+PageLog $c/log/page_log
+Printcap
+CONF
+  setsid cupsd -f -c "$c/etc/cupsd.conf" -s "$c/etc/cups-files.conf" </dev/null >>"$c/log/cupsd.out" 2>&1 9>&- &
+  echo $! > "$tb/cupsd.pid"
+  wait_for 20 test -S "$c/cups.sock" || { echo "testbed: cupsd did not start (see $c/log)" >&2; return 1; }
+  lpadmin -h "$c/cups.sock" -p Vantorel_Printer -E -v "vantrfile:$tb/printed" -m raw >/dev/null 2>&1
+  lpadmin -h "$c/cups.sock" -d Vantorel_Printer
+  wait_for 20 cups_running || { echo "testbed: cupsd does not answer (see $c/log)" >&2; return 1; }
+}
+
 make_prefix() {
   [ -f "$prefix/.vantr-ready" ] && return 0
   rm -rf "$prefix"
@@ -164,12 +223,14 @@ start() {
   eval "$(print_env)"
   exec 9>"$tb/lock"
   flock 9
-  if [ -f "$tb/up" ] && x_running && pulse_running && alive "$tb/socat1.pid" && alive "$tb/socat2.pid" && wineserver_alive; then
+  if [ -f "$tb/up" ] && x_running && pulse_running && alive "$tb/socat1.pid" && alive "$tb/socat2.pid" && cups_running &&
+    wineserver_alive; then
     return 0
   fi
   start_x
   start_pulse
   start_ports
+  start_printer
   make_prefix
   warm_wine
   touch "$tb/up"
@@ -186,7 +247,7 @@ stop() {
     rm -f "$tb/wineserver.started"
   fi
   local name
-  for name in socat1 socat2 pulse xvfb; do
+  for name in socat1 socat2 cupsd pulse xvfb; do
     if alive "$tb/$name.pid"; then kill "$(cat "$tb/$name.pid")" 2>/dev/null || true; fi
     rm -f "$tb/$name.pid"
   done
@@ -219,6 +280,11 @@ status() {  # says what runs; fails when a piece the Windows tests need is missi
     fi
     if [ "$got" = "[ping]" ]; then echo "COM$n -> $tb/ttyTEST$n"; else echo "COM$n down"; missing=1; fi
   done
+  if cups_running && lpstat -h "$tb/cups/cups.sock" -d 2>/dev/null | grep -q Vantorel_Printer; then
+    echo "printer Vantorel_Printer -> $tb/printed"
+  else
+    echo "printer down"; missing=1
+  fi
   if wineserver_alive; then echo "wineserver up ($prefix)"; else echo "wineserver down"; missing=1; fi
   return $missing
 }

@@ -19,6 +19,7 @@
 #include "ui/library_dialogs_win.h"
 #include "ui/main_commands.h"
 #include "ui/play_control_win.h"
+#include "ui/print_schedules_win.h"
 #include "ui/product_text.h"
 #include "ui/settings_dialogs_win.h"
 #include "win/messages.h"
@@ -406,6 +407,7 @@ void MainDialog::runCommand(UINT id) {
     case CM_DELETE_SCHEDULE_ITEM:
     case CM_HARDWARE_SETTINGS:
     case CM_PASSWORD_SETTINGS:
+    case CM_PRINT_SCHEDULES:
     case CM_HELP_CONTENTS:
     case CM_WEB_FIRST: break;
     default:
@@ -436,6 +438,7 @@ void MainDialog::runCommand(UINT id) {
       }
       break;
     case CM_PASSWORD_SETTINGS: PasswordSettingsDialog(m_hwnd, m_instance, m_paths.settingsFile); break;
+    case CM_PRINT_SCHEDULES: PrintSchedules(); break;
     case CM_HELP_CONTENTS: openHelp(m_hwnd); break;
     // The Internet Resources entries open pages of the manual.
     case CM_WEB_FIRST: openHelp(m_hwnd, "home.html"); break;
@@ -636,6 +639,27 @@ void MainDialog::deleteScheduleItems() {
 }
 
 // ---------------------------------------------------------------- menus and keys
+
+void MainDialog::PrintSchedules() {
+  HDC printer = choosePrinter(m_hwnd);
+  if (!printer) return;
+  // Every file is printed as the window shows it: each in turn is selected
+  // alone and its schedule list refilled, and the selection stays on the last.
+  HWND list = GetDlgItem(m_hwnd, IDC_FILES_LIST);
+  std::vector<PrintFile> files;
+  const LRESULT count = SendMessageA(list, LB_GETCOUNT, 0, 0);
+  for (int index = 0; index < count; ++index) {
+    SendMessageA(list, LB_SETSEL, FALSE, -1);
+    SendMessageA(list, LB_SETSEL, TRUE, index);
+    fillScheduleList(-1);
+    PrintFile file{lineText(list, index), {}};
+    HWND schedule = GetDlgItem(m_hwnd, IDC_SCHEDULE_LIST);
+    const LRESULT lines = SendMessageA(schedule, LB_GETCOUNT, 0, 0);
+    for (int line = 0; line < lines; ++line) file.lines.push_back(lineText(schedule, line));
+    files.push_back(std::move(file));
+  }
+  printOnPrinter(printer, files);
+}
 
 void MainDialog::OnInitMenuPopup(HMENU menu) {
   const bool file = fileSelected(), item = itemSelected();

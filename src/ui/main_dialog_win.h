@@ -87,6 +87,7 @@ class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private S
   void newScheduleItem(int32_t kind);
   void editScheduleItems();
   void deleteScheduleItems();
+  void PrintSchedules();
   bool allowed(UINT id);
 
   // Status

@@ -52,34 +52,6 @@ std::string timeSet(int64_t offset) {
 // "DD/MM/YY-HH:MM:SS" of the local clock `seconds` from now, as schedule files store dates.
 std::string storedDateIn(int seconds) { return FormatStoredDateTime(toScheduleTime(systemClock().now() + seconds)); }
 
-// The test bed's folder, which holds the pseudo-terminals and socat's pid files.
-std::string testBedFolder() {
-  const char* tty = std::getenv("VANTR_TTY_COM1");
-  if (!tty) return std::string();
-  const std::string path(tty);
-  return path.substr(0, path.rfind('/'));
-}
-
-// Runs a shell command on the host (Wine starts Unix programs given by their
-// Z: path) and waits until it has touched its marker file. The command must
-// not contain a double quote.
-bool runOnHost(const std::string& script, int ms = 10000) {
-  const std::string marker = testBedFolder() + "/automation-e2e.done";
-  DeleteFileA(nativePath(marker).c_str());
-  std::string commandLine = "Z:\\bin\\sh -c \"" + script + "; touch '" + marker + "'\"";
-  STARTUPINFOA startup{};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION info{};
-  if (!CreateProcessA(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &info))
-    return false;
-  if (info.hThread) CloseHandle(info.hThread);
-  if (info.hProcess) CloseHandle(info.hProcess);
-  const bool done =
-      waitFor([&] { return GetFileAttributesA(nativePath(marker).c_str()) != INVALID_FILE_ATTRIBUTES; }, ms);
-  DeleteFileA(nativePath(marker).c_str());
-  return done;
-}
-
 // The test's end of COM1.
 class ComLine {
  public:
@@ -586,7 +558,7 @@ TEST_F(Automation, ThePortVanishingWhileReadLeavesTheProgramRunning) {
   ASSERT_TRUE(program);
 
   ASSERT_TRUE(
-      runOnHost("p=$(cat '" + bed + "/socat1.pid'); kill $p; while kill -0 $p 2>/dev/null; do sleep 0.05; done"));
+      hostOutput("p=$(cat '" + bed + "/socat1.pid'); kill $p; while kill -0 $p 2>/dev/null; do sleep 0.05; done"));
   const auto cpu = [&] {
     FILETIME created, exited, kernel, user;
     GetProcessTimes(program.get(), &created, &exited, &kernel, &user);
@@ -603,10 +575,10 @@ TEST_F(Automation, ThePortVanishingWhileReadLeavesTheProgramRunning) {
   EXPECT_FALSE(m_process->wait(0)) << "the program ended with its port";
 
   // The port comes back as the test bed makes it.
-  ASSERT_TRUE(runOnHost("cd '" + bed + "' && (setsid socat pty,raw,echo=0,link='" + bed +
-                        "/ttyWINE1' pty,raw,echo=0,link='" + bed +
-                        "/ttyTEST1' </dev/null >>socat1.log 2>&1 & echo $! > socat1.pid)" + " && while [ ! -e '" + bed +
-                        "/ttyTEST1' ]; do sleep 0.05; done"));
+  ASSERT_TRUE(hostOutput("cd '" + bed + "' && (setsid socat pty,raw,echo=0,link='" + bed +
+                         "/ttyWINE1' pty,raw,echo=0,link='" + bed +
+                         "/ttyTEST1' </dev/null >>socat1.log 2>&1 & echo $! > socat1.pid)" + " && while [ ! -e '" +
+                         bed + "/ttyTEST1' ]; do sleep 0.05; done"));
   m_line.open();
   ASSERT_TRUE(m_line);
   endRunningCopies();

@@ -357,37 +357,6 @@ std::string describeDialog(HWND dialog) {
   return out;
 }
 
-// The test bed's folder, which holds the pseudo-terminals.
-std::string testBedFolder() {
-  const char* tty = std::getenv("VANTR_TTY_COM1");
-  if (!tty) return std::string();
-  const std::string path(tty);
-  return path.substr(0, path.rfind('/'));
-}
-
-// Runs a shell command on the host (Wine starts Unix programs given by their
-// Z: path) and answers what it wrote to standard output; nullopt when it did
-// not finish. The command must not contain a double quote.
-std::optional<std::string> hostOutput(const std::string& script) {
-  const std::string out = testBedFolder() + "/settings-e2e.out", marker = testBedFolder() + "/settings-e2e.done";
-  DeleteFileA(nativePath(marker).c_str());
-  std::string commandLine = "Z:\\bin\\sh -c \"(" + script + ") > '" + out + "' 2>&1; touch '" + marker + "'\"";
-  STARTUPINFOA startup{};
-  startup.cb = sizeof startup;
-  PROCESS_INFORMATION info{};
-  if (!CreateProcessA(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &info))
-    return std::nullopt;
-  CloseHandle(info.hThread);
-  CloseHandle(info.hProcess);
-  const bool done = waitFor([&] { return fileExists(nativePath(marker)); });
-  DeleteFileA(nativePath(marker).c_str());
-  if (!done) return std::nullopt;
-  std::string text = fileText(nativePath(out));
-  DeleteFileA(nativePath(out).c_str());
-  while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
-  return text;
-}
-
 uint32_t u32At(const std::string& bytes, size_t offset) {
   const auto* p = reinterpret_cast<const unsigned char*>(bytes.data() + offset);
   return p[0] | (p[1] << 8) | (p[2] << 16) | (static_cast<uint32_t>(p[3]) << 24);

@@ -7,6 +7,7 @@
 #include "win/handles_win.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -21,6 +22,37 @@ bool waitFor(const std::function<bool()>& pred, int ms) {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
   return true;
+}
+
+std::string testBedFolder() {
+  const char* tty = std::getenv("VANTR_TTY_COM1");
+  if (!tty) return std::string();
+  const std::string path(tty);
+  return path.substr(0, path.rfind('/'));
+}
+
+std::optional<std::string> hostOutput(const std::string& script, int ms) {
+  const std::string out = nativePath(testBedFolder() + "/host-command.out");
+  const std::string marker = nativePath(testBedFolder() + "/host-command.done");
+  DeleteFileA(marker.c_str());
+  std::string commandLine = "Z:\\bin\\sh -c \"(" + script + ") > '" + testBedFolder() +
+                            "/host-command.out' 2>&1; touch '" + testBedFolder() + "/host-command.done'\"";
+  STARTUPINFOA startup{};
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION info{};
+  if (!CreateProcessA(nullptr, &commandLine[0], nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &info))
+    return std::nullopt;
+  CloseHandle(info.hThread);
+  CloseHandle(info.hProcess);
+  const bool done = waitFor([&] { return GetFileAttributesA(marker.c_str()) != INVALID_FILE_ATTRIBUTES; }, ms);
+  DeleteFileA(marker.c_str());
+  if (!done) return std::nullopt;
+  std::ifstream in(out, std::ios::binary);
+  std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  in.close();
+  DeleteFileA(out.c_str());
+  while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+  return text;
 }
 
 HWND findFrame() { return FindWindowA("OWL_Window", "Vantorel"); }

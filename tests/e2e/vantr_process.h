@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -68,6 +69,15 @@ class MainWindow {
 // A 16-bit stereo 44100 Hz WAV file of a 1000 Hz tone at `amplitude` (16-bit
 // units), written by the program's own PCM sink.
 void writeTone(const std::string& path, int seconds, int amplitude = 16384);
+
+// The test bed's folder (where its ports, printer output and pid files are),
+// from the environment the test bed gives.
+std::string testBedFolder();
+// Runs a shell command on the host (Wine starts Unix programs given by their
+// Z: path) and answers what it wrote to standard output and error, trailing
+// line ends cut; nullopt when it did not finish within ms. The command must
+// not contain a double quote.
+std::optional<std::string> hostOutput(const std::string& script, int ms = 10000);
 
 // Clicks a button of the visible dialog box titled title once it shows;
 // false if it does not show within ms.
