@@ -10,6 +10,7 @@
 #define IDM_SCHEDULE_POPUP 3
 
 #define IDD_MAIN 1
+#define IDD_INSTALLER 2
 #define IDD_SETTINGS 3
 #define IDD_FILE_PROPERTIES 4
 #define IDD_SCH_PLAY_ONCE 5
@@ -34,6 +35,11 @@
 #define IDC_LOCK_EXIT 105
 #define IDC_TEXT_EDIT 100
 #define IDC_BANNER_TEXT 100
+
+// The installer window.
+#define IDC_INSTALL_PROGRESS 101
+#define IDC_INSTALL_TEXT 102
+#define IDC_INSTALL_VERSION 103
 
 // File Properties.
 #define IDC_DEFAULT_FORMAT 101

@@ -10,6 +10,7 @@
 #   testbed.sh stop   BUILD   stop only what this script started for BUILD
 #   testbed.sh env    BUILD   print the environment for wine, as shell exports
 #   testbed.sh status BUILD   say what is running; fail when a piece is missing
+#   testbed.sh fresh BUILD PREFIX   make a new Wine prefix at PREFIX (inside BUILD)
 #
 # Nothing is written to the home folder: HOME and the XDG folders of every
 # process started here point into BUILD/testbed.
@@ -179,7 +180,9 @@ CONF
   wait_for 20 cups_running || { echo "testbed: cupsd does not answer (see $c/log)" >&2; return 1; }
 }
 
-make_prefix() {
+make_prefix() {  # make_prefix [PREFIX]: the test bed's own prefix, or another made the same way
+  local prefix=${1:-$prefix}
+  export WINEPREFIX=$prefix
   [ -f "$prefix/.vantr-ready" ] && return 0
   rm -rf "$prefix"
   # Made with no display, so that wineboot shows nothing.
@@ -196,6 +199,19 @@ make_prefix() {
   reg_add 'HKLM\Software\Wine\Ports' /v COM2 /d "$tb/ttyWINE2"
   wineserver -w 9>&-
   touch "$prefix/.vantr-ready"
+}
+
+# A new prefix at PREFIX, as a fresh Windows installation would be, for the
+# installer's tests; anything there before is removed first.
+fresh() {
+  eval "$(print_env)"
+  local fresh
+  mkdir -p "$(dirname "$1")"
+  fresh=$(cd "$(dirname "$1")" && pwd)/$(basename "$1")
+  case "$fresh" in "$build"/*) ;; *) echo "testbed: a fresh prefix must be inside $build" >&2; return 1 ;; esac
+  if [ -d "$fresh" ]; then WINEPREFIX=$fresh wineserver -k 2>/dev/null || true; fi
+  rm -rf "$fresh"
+  make_prefix "$fresh"
 }
 
 
@@ -291,6 +307,7 @@ status() {  # says what runs; fails when a piece the Windows tests need is missi
 
 case "$cmd" in
   start) start ;;
+  fresh) [ -n "${3:-}" ] || { echo "usage: $0 fresh BUILD PREFIX" >&2; exit 2; }; fresh "$3" ;;
   stop) stop ;;
   env) print_env ;;
   status) status ;;

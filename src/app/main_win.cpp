@@ -7,9 +7,11 @@
 #include <vector>
 
 #include "app/application_win.h"
+#include "app/installer_win.h"
 #include "app/service_win.h"
 #include "app/startup_plan.h"
 #include "base/app_paths.h"
+#include "base/path.h"
 #include "install/system_integration_win.h"
 #include "win/messages.h"
 
@@ -33,9 +35,24 @@ int WINAPI WinMain(HINSTANCE instance, HINSTANCE /*previous*/, LPSTR /*commandLi
   const std::vector<std::string> args(__argv + (__argc > 0 ? 1 : 0), __argv + __argc);
   const RunMode mode = runModeFor(args);
 
-  // The installer and the uninstaller come with their own issue; until then
-  // every name runs the recording system.
   HWND running = FindWindowA(kFrameClassName, kFrameTitle);
+  // SETUP and UNINST first make a running copy quit, so its files can be
+  // replaced or its registrations removed.
+  const AppKind kind = appKindFor(splitPath(exePath).name);
+  if (kind == AppKind::Installer) {
+    if (running) {
+      PostMessageA(running, kMsgQuit, 0, 0);
+      Sleep(2000);
+    }
+    return InstallApplication(instance);
+  }
+  if (kind == AppKind::Uninstaller) {
+    if (running) {
+      PostMessageA(running, kMsgQuit, 0, 0);
+      Sleep(1500);
+    }
+    return UninstallApplication(instance);
+  }
   if (running) {
     // Only one copy ever runs: a second start brings the first to the front
     // (or leaves it in the background) and ends.
