@@ -325,6 +325,24 @@ TEST_F(Installer, UninstallerRemovesRegistrationsKeepsFilesAndRunsTwice) {
   EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName"), "Vantorel Uninstall");
   EXPECT_TRUE(exists(desktopLink()));
 
+  // Run as Service on, as the settings dialog would have set it.
+  const auto service = [] {
+    SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS);
+    SC_HANDLE handle = manager ? OpenServiceA(manager, "VANTRService", SERVICE_QUERY_STATUS) : nullptr;
+    if (handle) CloseServiceHandle(handle);
+    if (manager) CloseServiceHandle(manager);
+    return handle != nullptr;
+  };
+  if (SC_HANDLE manager = OpenSCManagerA(nullptr, nullptr, SC_MANAGER_ALL_ACCESS)) {
+    const std::string binary = installedProgram() + " /service";
+    SC_HANDLE created =
+        CreateServiceA(manager, "VANTRService", "VANTRService", SERVICE_ALL_ACCESS, 272, SERVICE_DEMAND_START, 0,
+                       binary.c_str(), nullptr, nullptr, nullptr, nullptr, nullptr);
+    if (created) CloseServiceHandle(created);
+    CloseServiceHandle(manager);
+  }
+  ASSERT_TRUE(service());
+
   ChildProcess running;
   ASSERT_TRUE(running.start(installedProgram(), {}));
   ASSERT_TRUE(waitFor([&] { return findFrame() != nullptr; }, 20000));
@@ -334,6 +352,7 @@ TEST_F(Installer, UninstallerRemovesRegistrationsKeepsFilesAndRunsTwice) {
     EXPECT_TRUE(running.wait(0)) << "the running copy was told to quit";
     EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName"), "<missing>");
     EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kRunKeyPath, "VANTRRun"), "<missing>");
+    EXPECT_FALSE(service());
     EXPECT_FALSE(exists(desktopLink()));
     EXPECT_FALSE(exists(groupItem(kOpenItem)));
     EXPECT_FALSE(exists(groupItem(kManualItem)));

@@ -19,6 +19,9 @@
 namespace vantr::e2e {
 namespace {
 
+// The print dialog's range choices.
+constexpr int kAllChoice = 0x420, kSelectionChoice = 0x421, kPagesChoice = 0x422;
+
 // Where the test bed's printer leaves each job, as job-N.ps.
 std::string printedFolder() {
   const char* out = std::getenv("VANTR_PRINT_OUT");
@@ -72,6 +75,10 @@ class PrintSchedulesTest : public ProgramTest {
     window.command(CM_PRINT_SCHEDULES);
     Box dialog("Print");
     if (!dialog) return {};
+    // The choices of a selection and of page numbers are not offered.
+    EXPECT_FALSE(dialog.enabled(kSelectionChoice));
+    EXPECT_FALSE(dialog.enabled(kPagesChoice));
+    EXPECT_TRUE(dialog.enabled(kAllChoice));
     const auto ok = std::chrono::steady_clock::now();
     if (!dialog.press(IDOK)) return {};
     // The backend renames a job into place once it is whole.
@@ -132,6 +139,8 @@ TEST_F(PrintSchedulesTest, PrintsEveryFilesListAndLeavesTheLastSelected) {
   const auto pages = printPages(window);
   ASSERT_EQ(pages.size(), 1u);
   expectBlocksWhole(pages, blocks);
+  EXPECT_EQ(hostOutput("grep -a '^%%Title' '" + printedFolder() + "'/job-*.ps").value_or(""),
+            "%%Title: Vantorel Print Schedules");
   EXPECT_EQ(window.selected(IDC_FILES_LIST), std::vector<int>{2});
   EXPECT_EQ(window.lines(IDC_SCHEDULE_LIST), std::vector<std::string>(blocks[2].begin() + 1, blocks[2].end()));
 }
