@@ -79,26 +79,28 @@ PayloadTrailer openPayload(HANDLE file) {
   return trailer;
 }
 
-bool g_cancelled = false;
-
-INT_PTR CALLBACK installerProc(HWND, UINT msg, WPARAM wParam, LPARAM) {
+// The installer window's procedure; its user data is the flag Cancel sets.
+INT_PTR CALLBACK installerProc(HWND dialog, UINT msg, WPARAM wParam, LPARAM lParam) {
+  auto* cancelled = reinterpret_cast<bool*>(GetWindowLongPtrA(dialog, DWLP_USER));
   switch (msg) {
-    case WM_INITDIALOG: return TRUE;
+    case WM_INITDIALOG: SetWindowLongPtrA(dialog, DWLP_USER, lParam); return TRUE;
     case WM_COMMAND:
-      if (LOWORD(wParam) == IDCANCEL) g_cancelled = true;
+      if (LOWORD(wParam) == IDCANCEL && cancelled) *cancelled = true;
       return TRUE;
-    case WM_CLOSE: g_cancelled = true; return TRUE;
+    case WM_CLOSE:
+      if (cancelled) *cancelled = true;
+      return TRUE;
     default: return FALSE;
   }
 }
 
 // Handles every message waiting, so the window repaints and Cancel works
 // between copy steps.
-void pumpMessages(HWND dialog) {
+void pumpMessages(HWND dialog, bool& cancelled) {
   MSG msg;
   while (PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
     if (msg.message == WM_QUIT) {
-      g_cancelled = true;
+      cancelled = true;
       continue;
     }
     if (!IsDialogMessageA(dialog, &msg)) {
@@ -223,8 +225,9 @@ void switchSoundSchemeOff() {
 int InstallApplication(HINSTANCE instance) {
   INITCOMMONCONTROLSEX controls{sizeof controls, ICC_PROGRESS_CLASS};
   InitCommonControlsEx(&controls);
-  g_cancelled = false;
-  HWND dialog = CreateDialogParamA(instance, MAKEINTRESOURCEA(IDD_INSTALLER), nullptr, installerProc, 0);
+  bool cancelled = false;
+  HWND dialog = CreateDialogParamA(instance, MAKEINTRESOURCEA(IDD_INSTALLER), nullptr, installerProc,
+                                   reinterpret_cast<LPARAM>(&cancelled));
   if (!dialog) return 1;
   SetDlgItemTextA(dialog, IDC_INSTALL_VERSION, infoLine(0).c_str());
   SendDlgItemMessageA(dialog, IDC_INSTALL_PROGRESS, PBM_SETRANGE, 0, MAKELPARAM(0, 100));
@@ -243,9 +246,9 @@ int InstallApplication(HINSTANCE instance) {
   FolderTarget target(folder);
   PayloadCopy copy(source, target, file ? openPayload(file.get()) : PayloadTrailer{0, 1});
   int shown = -1;
-  while (!copy.finished() && !g_cancelled) {
-    pumpMessages(dialog);
-    if (g_cancelled) break;
+  while (!copy.finished() && !cancelled) {
+    pumpMessages(dialog, cancelled);
+    if (cancelled) break;
     copy.step();
     if (copy.percent() != shown) {
       shown = copy.percent();
@@ -255,7 +258,7 @@ int InstallApplication(HINSTANCE instance) {
   target.close();
   file.reset();
   int result = 1;
-  if (g_cancelled) {
+  if (cancelled) {
     // Nothing is registered; what was copied stays.
   } else if (!copy.intact()) {
     MessageBoxA(dialog, kInstallErrorText, kInstallErrorTitle, MB_OK | MB_ICONEXCLAMATION);

@@ -380,5 +380,38 @@ TEST_F(Installer, TenMegabytePayloadKeepsTheWindowMoving) {
             << run.positions.size() << " distinct progress positions seen\n";
 }
 
+// Cancel while copying: the window closes, no message, nothing registered
+// and nothing started; what was copied stays.
+TEST_F(Installer, CancelStopsTheCopyAndRegistersNothing) {
+  RegDeleteKeyA(HKEY_LOCAL_MACHINE, kUninstallKey);
+  DeleteFileA(desktopLink().c_str());
+  const std::string image = shippedProgram();
+  // Large enough that the copy is still going when Cancel arrives.
+  const std::string setup =
+      image + payloadWithTrailer({{"vantr.exe", image}, {"huge.bin", std::string(400u << 20, 'v')}});
+
+  bool pressed = false, boxShown = false;
+  const SetupRun run = runSetup(setup, [&] {
+    boxShown = boxShown || findBox(kInstallErrorTitle) != nullptr;
+    if (pressed) return;
+    for (HWND window = nullptr; (window = FindWindowExA(nullptr, window, "#32770", nullptr)) != nullptr;) {
+      HWND bar = GetDlgItem(window, IDC_INSTALL_PROGRESS);
+      if (bar && IsWindowVisible(window) && SendMessageA(bar, PBM_GETPOS, 0, 0) > 0) {
+        PostMessageA(GetDlgItem(window, IDCANCEL), BM_CLICK, 0, 0);
+        pressed = true;
+      }
+    }
+  });
+  ASSERT_TRUE(pressed);
+  ASSERT_TRUE(run.ended);
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_LT(*run.positions.rbegin(), 100) << "stopped before the end";
+  EXPECT_FALSE(boxShown);
+  EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName"), "<missing>");
+  EXPECT_FALSE(exists(desktopLink()));
+  EXPECT_EQ(findFrame(), nullptr) << "nothing started";
+  DeleteFileA((installFolderPath() + "\\huge.bin").c_str());
+}
+
 }  // namespace
 }  // namespace vantr::e2e
