@@ -119,9 +119,10 @@ void addGroupItem(ProgramManagerConversation& shell, const std::string& target, 
   if (length > 0 && length < sizeof shortPath && target != shortPath) addToProgramGroup(shell, shortPath, name);
 }
 
-void setStringValue(HKEY key, const char* name, const std::string& value) {
-  RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.c_str()),
-                 static_cast<DWORD>(value.size() + 1));
+// name = value under root\\key, the key made when missing (null name: the
+// key's default value).
+void setText(HKEY root, const std::string& key, const char* name, const std::string& value) {
+  RegSetKeyValueA(root, key.c_str(), name, REG_SZ, value.c_str(), static_cast<DWORD>(value.size() + 1));
 }
 
 std::vector<std::string> subkeyNames(HKEY key) {
@@ -144,13 +145,8 @@ void registerInstallation(const std::string& folder) {
   }
   const std::string uninstaller = folder + "\\uninst.exe";
   CopyFileA(program.c_str(), uninstaller.c_str(), FALSE);
-  HKEY key = nullptr;
-  if (RegCreateKeyExA(HKEY_LOCAL_MACHINE, kUninstallKey, 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr) ==
-      ERROR_SUCCESS) {
-    setStringValue(key, "DisplayName", "Vantorel Uninstall");
-    setStringValue(key, "UninstallString", uninstaller);
-    RegCloseKey(key);
-  }
+  setText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName", "Vantorel Uninstall");
+  setText(HKEY_LOCAL_MACHINE, kUninstallKey, "UninstallString", uninstaller);
   createShortcut(desktopShortcutPath(), program, "/open", "Vantorel");
   addRunAtStartup();
   switchSoundSchemeOff();
@@ -197,29 +193,14 @@ bool createShortcut(const std::string& linkPath, const std::string& target, cons
 }
 
 void switchSoundSchemeOff() {
-  HKEY schemes = nullptr;
-  if (RegCreateKeyExA(HKEY_CURRENT_USER, "AppEvents\\Schemes", 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &schemes,
-                      nullptr) != ERROR_SUCCESS)
-    return;
-  setStringValue(schemes, nullptr, ".None");
-  HKEY apps = nullptr;
-  if (RegOpenKeyExA(schemes, "Apps", 0, KEY_READ, &apps) == ERROR_SUCCESS) {
-    for (const std::string& app : subkeyNames(apps)) {
-      HKEY events = nullptr;
-      if (RegOpenKeyExA(apps, app.c_str(), 0, KEY_READ, &events) != ERROR_SUCCESS) continue;
-      for (const std::string& event : subkeyNames(events)) {
-        HKEY current = nullptr;
-        if (RegCreateKeyExA(events, (event + "\\.Current").c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &current,
-                            nullptr) == ERROR_SUCCESS) {
-          setStringValue(current, nullptr, "");
-          RegCloseKey(current);
-        }
-      }
-      RegCloseKey(events);
-    }
-    RegCloseKey(apps);
+  setText(HKEY_CURRENT_USER, "AppEvents\\Schemes", nullptr, ".None");
+  RegKey apps;
+  if (RegOpenKeyExA(HKEY_CURRENT_USER, "AppEvents\\Schemes\\Apps", 0, KEY_READ, apps.put()) != ERROR_SUCCESS) return;
+  for (const std::string& app : subkeyNames(apps.get())) {
+    RegKey events;
+    if (RegOpenKeyExA(apps.get(), app.c_str(), 0, KEY_READ, events.put()) != ERROR_SUCCESS) continue;
+    for (const std::string& event : subkeyNames(events.get())) setText(events.get(), event + "\\.Current", nullptr, "");
   }
-  RegCloseKey(schemes);
 }
 
 int InstallApplication(HINSTANCE instance) {

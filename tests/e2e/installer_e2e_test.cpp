@@ -31,15 +31,6 @@ namespace {
 
 constexpr char kRunKeyPath[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Run";
 
-std::string registryText(HKEY root, const char* key, const char* value) {
-  char text[1024] = {};
-  DWORD size = sizeof text - 1;
-  if (RegGetValueA(root, key, value, RRF_RT_REG_SZ, nullptr, text, &size) != ERROR_SUCCESS) return "<missing>";
-  return text;
-}
-
-bool exists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
-
 std::string folderOf(int csidl) {
   char path[MAX_PATH] = {};
   SHGetFolderPathA(nullptr, csidl, nullptr, SHGFP_TYPE_CURRENT, path);
@@ -170,7 +161,7 @@ class Installer : public ::testing::Test {
 
   // The good installer, when the program is not installed yet.
   void installOnce() {
-    if (exists(installFolderPath() + "\\uninst.exe") &&
+    if (fileExists(installFolderPath() + "\\uninst.exe") &&
         registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName") != "<missing>")
       return;
     const SetupRun run = runSetup(fileText(nativePath(VANTR_SETUP)));
@@ -229,8 +220,8 @@ TEST_F(Installer, BrokenInstallersShowTheErrorAndRegisterNothing) {
     EXPECT_EQ(result.exitCode, 1) << "ended by its own error path, not by a crash";
     EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName"), "<missing>");
     EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kRunKeyPath, "VANTRRun"), "<missing>");
-    EXPECT_FALSE(exists(desktopLink()));
-    EXPECT_FALSE(exists(installFolderPath() + "\\uninst.exe"));
+    EXPECT_FALSE(fileExists(desktopLink()));
+    EXPECT_FALSE(fileExists(installFolderPath() + "\\uninst.exe"));
     EXPECT_EQ(findFrame(), nullptr) << "nothing started";
   }
 }
@@ -250,7 +241,7 @@ TEST_F(Installer, InstallsRegistersAndStartsTheProgram) {
   const std::string folder = installFolderPath(), program = installedProgram();
   EXPECT_TRUE(fileText(program) == shippedProgram()) << "vantr.exe is the program, byte for byte";
   EXPECT_TRUE(fileText(folder + "\\uninst.exe") == shippedProgram());
-  EXPECT_TRUE(exists(folder + "\\Schedules") && exists(folder + "\\Recordings"));
+  EXPECT_TRUE(fileExists(folder + "\\Schedules") && fileExists(folder + "\\Recordings"));
   int pages = 0;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(nativePath(VANTR_MANUAL))) {
     if (!entry.is_regular_file()) continue;
@@ -323,7 +314,7 @@ TEST_F(Installer, UninstallerRemovesRegistrationsKeepsFilesAndRunsTwice) {
 
   EXPECT_EQ(runUninstaller(IDNO), 0);
   EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName"), "Vantorel Uninstall");
-  EXPECT_TRUE(exists(desktopLink()));
+  EXPECT_TRUE(fileExists(desktopLink()));
 
   // Run as Service on, as the settings dialog would have set it.
   const auto service = [] {
@@ -353,12 +344,12 @@ TEST_F(Installer, UninstallerRemovesRegistrationsKeepsFilesAndRunsTwice) {
     EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName"), "<missing>");
     EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kRunKeyPath, "VANTRRun"), "<missing>");
     EXPECT_FALSE(service());
-    EXPECT_FALSE(exists(desktopLink()));
-    EXPECT_FALSE(exists(groupItem(kOpenItem)));
-    EXPECT_FALSE(exists(groupItem(kManualItem)));
-    EXPECT_TRUE(exists(folder + "\\vantr.exe"));
-    EXPECT_TRUE(exists(folder + "\\uninst.exe"));
-    EXPECT_TRUE(exists(folder + "\\Recordings\\News.wav"));
+    EXPECT_FALSE(fileExists(desktopLink()));
+    EXPECT_FALSE(fileExists(groupItem(kOpenItem)));
+    EXPECT_FALSE(fileExists(groupItem(kManualItem)));
+    EXPECT_TRUE(fileExists(folder + "\\vantr.exe"));
+    EXPECT_TRUE(fileExists(folder + "\\uninst.exe"));
+    EXPECT_TRUE(fileExists(folder + "\\Recordings\\News.wav"));
   }
 }
 
@@ -408,7 +399,7 @@ TEST_F(Installer, CancelStopsTheCopyAndRegistersNothing) {
   EXPECT_LT(*run.positions.rbegin(), 100) << "stopped before the end";
   EXPECT_FALSE(boxShown);
   EXPECT_EQ(registryText(HKEY_LOCAL_MACHINE, kUninstallKey, "DisplayName"), "<missing>");
-  EXPECT_FALSE(exists(desktopLink()));
+  EXPECT_FALSE(fileExists(desktopLink()));
   EXPECT_EQ(findFrame(), nullptr) << "nothing started";
   DeleteFileA((installFolderPath() + "\\huge.bin").c_str());
 }

@@ -41,8 +41,6 @@ constexpr int kTrimTextBox = 100;  // the text box inside the level slider
 constexpr int kRate = 44100;
 const char* const kSinks[] = {"Vantorel_Out_A", "Vantorel_Out_B", "Vantorel_Out_C", "Vantorel_Out_D"};
 
-bool fileExists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
-
 // The wave devices in the system's order, as this process sees them.
 std::vector<std::string> outputNames() {
   std::vector<std::string> names;
@@ -310,11 +308,7 @@ void deleteService() {
 
 // The system's Program Files folder.
 std::string programFiles() {
-  char value[MAX_PATH] = {};
-  DWORD size = sizeof value - 1;
-  RegGetValueA(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Windows\\CurrentVersion", "ProgramFilesDir", RRF_RT_REG_SZ,
-               nullptr, value, &size);
-  return value;
+  return registryText(HKEY_LOCAL_MACHINE, "Software\\Microsoft\\Windows\\CurrentVersion", "ProgramFilesDir");
 }
 
 // Top-level dialog boxes of a process that are visible.

@@ -24,6 +24,15 @@ bool waitFor(const std::function<bool()>& pred, int ms) {
   return true;
 }
 
+bool fileExists(const std::string& path) { return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES; }
+
+std::string registryText(HKEY root, const char* key, const char* value) {
+  char text[1024] = {};
+  DWORD size = sizeof text - 1;
+  if (RegGetValueA(root, key, value, RRF_RT_REG_SZ, nullptr, text, &size) != ERROR_SUCCESS) return "<missing>";
+  return text;
+}
+
 std::string testBedFolder() {
   const char* tty = std::getenv("VANTR_TTY_COM1");
   if (!tty) return std::string();
@@ -44,7 +53,7 @@ std::optional<std::string> hostOutput(const std::string& script, int ms) {
     return std::nullopt;
   CloseHandle(info.hThread);
   CloseHandle(info.hProcess);
-  const bool done = waitFor([&] { return GetFileAttributesA(marker.c_str()) != INVALID_FILE_ATTRIBUTES; }, ms);
+  const bool done = waitFor([&] { return fileExists(marker); }, ms);
   DeleteFileA(marker.c_str());
   if (!done) return std::nullopt;
   std::ifstream in(out, std::ios::binary);
@@ -167,9 +176,7 @@ void Library::tone(const std::string& name, int seconds) const {
   writeTone(m_folder.file("Recordings\\" + name + ".wav"), seconds);
 }
 
-bool Library::has(const std::string& relative) const {
-  return GetFileAttributesA(m_folder.file(relative).c_str()) != INVALID_FILE_ATTRIBUTES;
-}
+bool Library::has(const std::string& relative) const { return fileExists(m_folder.file(relative)); }
 
 std::string Library::asRun() const {
   std::string all;

@@ -70,6 +70,11 @@ class MainWindow {
 // units), written by the program's own PCM sink.
 void writeTone(const std::string& path, int seconds, int amplitude = 16384);
 
+bool fileExists(const std::string& path);
+// A text value of the registry; "<missing>" when it cannot be read (a null
+// value name reads the key's default value).
+std::string registryText(HKEY root, const char* key, const char* value);
+
 // The test bed's folder (where its ports, printer output and pid files are),
 // from the environment the test bed gives.
 std::string testBedFolder();
