@@ -45,6 +45,13 @@ MainDialog::MainDialog(HINSTANCE instance, const AppPaths& paths, AutomationRead
 
 MainDialog::~MainDialog() {
   destroy();
+  awaitDeviceListing();
+}
+
+void MainDialog::awaitDeviceListing() {
+  // The window's own questions about the devices wait for the first listing:
+  // Wine can hang a process whose threads list the devices for the first
+  // time at once.
   if (m_deviceListing.joinable()) m_deviceListing.join();
 }
 
@@ -198,6 +205,7 @@ void MainDialog::starting(const ScheduleEntry& entry) {
   const std::string name = readText(loadSettingsDocument(path), scheduleSection(entry.slot), "channame", "");
   if (name.empty()) return;
   const bool record = isRecordKind(entry.kind);
+  awaitDeviceListing();
   const DeviceChoice choice = chooseDevice(entry.channel, name, record ? inputDeviceNames() : outputDeviceNames());
   if (!choice.note.empty()) m_log.append(AsRunAction::Device, "-", entry.fileName, m_dueCause, choice.note);
   m_dueChannel = choice.device;
@@ -220,6 +228,7 @@ void MainDialog::checkDefaultDevices() {
     m_bank->readDefaultChannels();
     return;
   }
+  awaitDeviceListing();
   m_bank->readDefaultChannels(outputDeviceNames(), inputDeviceNames());
 }
 
@@ -416,6 +425,8 @@ void MainDialog::runCommand(UINT id) {
       return;
   }
   if (!allowed(id)) return;
+  // The settings and the schedule item dialogs list the devices.
+  awaitDeviceListing();
   switch (id) {
     case IDC_PLAY: playSelected(); break;
     case IDC_RECORD: recordSelected(); break;

@@ -106,6 +106,7 @@ class MainDialog : public Dialog<MainDialog>, private ChannelObserver, private S
   void tick();
   // Rereads the default devices, checked against their stored names.
   void checkDefaultDevices();
+  void awaitDeviceListing();
 
   HINSTANCE m_instance;
   const AppPaths m_paths;
