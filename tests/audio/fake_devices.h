@@ -112,10 +112,6 @@ class FakePlaybackDevice : public PlaybackDevice {
     for (int b : queue) done[b] = true;
     queue.clear();
   }
-  void breakLoop() override {
-    calls.push_back("break loop");
-    if (!queue.empty()) loops[queue.front()] = false;
-  }
   void close() override {
     calls.push_back("close");
     queue.clear();
@@ -123,7 +119,7 @@ class FakePlaybackDevice : public PlaybackDevice {
   }
 
   // The device plays n blocks from its queue, if it runs; a looping block
-  // holds the queue until its loop is broken.
+  // holds the queue until the device is reset.
   int play(int n) {
     int played = 0;
     while (running && played < n && !queue.empty() && !loops[queue.front()]) {

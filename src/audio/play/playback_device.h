@@ -23,13 +23,12 @@ class PlaybackDevice {
   virtual int16_t* blockData(int block) = 0;
   virtual bool blockDone(int block) const = 0;
   // Hands a block to the device, clearing its done flag. A looping block
-  // repeats until breakLoop().
+  // repeats until the device is reset.
   virtual void write(int block, bool loop) = 0;
   virtual void pause() = 0;
   virtual void restart() = 0;
   // Stops output and hands every block back (done).
   virtual void reset() = 0;
-  virtual void breakLoop() = 0;
   // Resets the device, releases the blocks and closes it.
   virtual void close() = 0;
 };

@@ -252,9 +252,20 @@ void LSoundPlayer::Play() {
     std::lock_guard<std::mutex> hold(m_lock);
     if (!(m_state & kOpen)) return;
     if (m_state & kCued) {
-      m_device.breakLoop();
+      // Play goes on from the cue position with the queue started afresh
+      // rather than by breaking the device's loop: Wine counts the loop's
+      // repeats as played time once the loop is broken, reports the blocks
+      // queued behind it done before they have played, and its queue breaks
+      // when they are written again (playback stops a few blocks later).
+      m_device.reset();
+      clearStamps();
+      m_source->seek(m_position);
+      m_position = m_source->position();
+      m_next = 0;
+      m_events = 0;
+      m_idlePolls = 0;
       m_worker.requestPriority(kPriorityHighest);
-      m_state &= ~(kCued | kRaisePending);
+      m_state &= ~(kCued | kRaisePending | kRestartPending);
     }
     if (m_state & kPaused) {
       m_device.restart();

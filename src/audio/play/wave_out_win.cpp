@@ -75,10 +75,6 @@ void WaveOutDevice::reset() {
   if (m_wave) waveOutReset(m_wave);
 }
 
-void WaveOutDevice::breakLoop() {
-  if (m_wave) waveOutBreakLoop(m_wave);
-}
-
 void WaveOutDevice::releaseBlocks() {
   for (Block& block : m_blocks) {
     if (!block.memory) continue;

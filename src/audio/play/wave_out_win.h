@@ -33,7 +33,6 @@ class WaveOutDevice : public PlaybackDevice {
   void pause() override;
   void restart() override;
   void reset() override;
-  void breakLoop() override;
   void close() override;
 
  private:

@@ -159,7 +159,7 @@ TEST_F(Player, APausedPlayerEndsAfter280IdlePollsButACuedOneWaits) {
   EXPECT_TRUE(player.isOpen());
 }
 
-TEST_F(Player, CuePrimesAQuarterBlockLoopAndPlayBreaksIt) {
+TEST_F(Player, CuePrimesAQuarterBlockLoopAndPlayGoesOnFromTheCue) {
   ASSERT_TRUE(player.Open(LSoundSource(new RampSource(8000, 1, 80000)), true));
   player.Seek(4000);
   heard.seen.clear();
@@ -182,9 +182,14 @@ TEST_F(Player, CuePrimesAQuarterBlockLoopAndPlayBreaksIt) {
   player.Play();
   EXPECT_EQ(heard.seen.back(), "playing 2");
   EXPECT_EQ(player.state() & (LSoundPlayer::kCued | LSoundPlayer::kRaisePending), 0);
+  EXPECT_EQ(device.calls.back(), "reset") << "the queue starts afresh; the loop is not broken";
+  // Playing goes on from the cue position, whole blocks from frame 4000.
+  serviceUntilIdle();
+  EXPECT_EQ(device.blocks[0][0], 4001);
+  EXPECT_FALSE(device.loops[0]);
   EXPECT_EQ(device.play(2), 2);
   serviceUntilIdle();
-  EXPECT_EQ(player.positionFrames(), 4200 + 800) << "the primed block ends at its quarter's end";
+  EXPECT_EQ(player.positionFrames(), 4000 + 2 * 800);
 }
 
 TEST_F(Player, SeekInEveryState) {
